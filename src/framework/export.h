@@ -1,0 +1,6 @@
+// MF0_API marks what the library mf0 shows to its users; the rest of it stays hidden.
+// Users compile with the same visibility, so that both sides agree on the type information of
+// exceptions that cross the library's border.
+#pragma once
+
+#define MF0_API __attribute__((visibility("default")))
