@@ -1,0 +1,61 @@
+# A thin front: every target says what it runs. The presets in CMakePresets.json do the rest.
+
+PREFIX ?= /usr/local
+FUZZ_SECONDS ?= 60
+ARGS ?=
+
+help: ## List these targets
+	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "  make %-8s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+
+demo: ## Build what it needs and run the motor study (ARGS="--help" for its options)
+	@scripts/setup.sh demo
+	@scripts/quietly.sh cmake --preset release
+	@cmake --build --preset release --target motor_study
+	@build/release/examples/motor_study $(ARGS)
+
+test: ## Run every test and check, as continuous integration does
+	@scripts/test.sh
+
+bench: ## Build and run the benchmarks (ARGS="--benchmark_filter=..." to pick some)
+	@scripts/setup.sh bench
+	@scripts/quietly.sh cmake --preset release -DKXSIM_BENCH=ON
+	@cmake --build --preset release --target kxsim_bench
+	@build/release/bench/kxsim_bench $(ARGS)
+
+tsan: ## Run the C++ tests under ThreadSanitizer
+	@scripts/setup.sh tsan
+	@scripts/quietly.sh cmake --preset tsan
+	@cmake --build --preset tsan
+	@ctest --preset tsan
+
+fuzz: ## Run each fuzz target for FUZZ_SECONDS (60), keeping what it finds under build/fuzz
+	@scripts/setup.sh fuzz
+	@scripts/quietly.sh cmake --preset fuzz
+	@cmake --build --preset fuzz
+	@for target in build/fuzz/tests/fuzz/*_fuzz; do \
+	  mkdir -p $$target.corpus && \
+	  $$target -max_total_time=$(FUZZ_SECONDS) -artifact_prefix=$$target. $$target.corpus || exit 1; \
+	done
+
+format: ## Format the C++ and Python sources
+	@scripts/setup.sh format
+	@scripts/format.sh
+
+tidy: ## Run clang-tidy over src (uses the dev build's compile commands)
+	@scripts/setup.sh tidy
+	@scripts/quietly.sh cmake --preset dev
+	@run-clang-tidy -quiet -p build/dev '$(CURDIR)/src/'
+
+lines: ## Count the lines of code by area, and the generated ones against their budget
+	@python3 tools/count_lines.py build/dev/gen
+
+install: ## Install the libraries and headers under PREFIX (/usr/local)
+	@scripts/setup.sh demo
+	@scripts/quietly.sh cmake --preset release
+	@cmake --build --preset release
+	@cmake --install build/release --prefix $(PREFIX)
+
+clean: ## Remove everything that was built
+	rm -rf build
+
+.PHONY: help demo test bench tsan fuzz format tidy lines install clean

@@ -1,0 +1,109 @@
+#!/usr/bin/env bash
+# Installs what a command needs and this machine lacks; does nothing, fast, when nothing is missing.
+#
+#   scripts/setup.sh demo|test|bench|tsan|fuzz|tidy|format
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+need=${1:?usage: scripts/setup.sh demo|test|bench|tsan|fuzz|tidy|format}
+requirements=scripts/requirements-build.txt
+
+# Debian package, the command it brings.
+commands=(
+  "g++ c++"
+  "cmake cmake"
+  "ninja-build ninja"
+  "python3 python3"
+)
+# Debian package, a header it brings.
+headers=()
+examples=("libcli11-dev CLI/CLI.hpp" "libboost-dev boost/numeric/odeint.hpp")
+tests=("libgtest-dev gtest/gtest.h")
+benchmarks=("libbenchmark-dev benchmark/benchmark.h")
+
+case $need in
+  demo) headers+=("${examples[@]}") ;;
+  test)
+    headers+=("${examples[@]}" "${tests[@]}" "${benchmarks[@]}")
+    requirements=scripts/requirements-test.txt
+    ;;
+  bench) headers+=("${examples[@]}" "${benchmarks[@]}") ;;
+  tsan) headers+=("${tests[@]}") ;;
+  fuzz) commands+=("clang clang++") ;;
+  tidy)
+    commands+=("clang-tidy run-clang-tidy")
+    headers+=("${examples[@]}" "${tests[@]}" "${benchmarks[@]}")
+    ;;
+  format)
+    commands=("python3 python3")
+    requirements=scripts/requirements-test.txt
+    ;;
+  *)
+    echo "setup: no such need: $need" >&2
+    exit 2
+    ;;
+esac
+
+missing_commands() {
+  local entry
+  for entry in "${commands[@]}"; do
+    command -v "${entry#* }" >/dev/null || echo "${entry% *}"
+  done
+}
+
+# One run of the preprocessor answers for all headers; without a compiler all of them are missing.
+missing_headers() {
+  local entry
+  ((${#headers[@]})) || return 0
+  if ! command -v c++ >/dev/null; then
+    printf '%s\n' "${headers[@]% *}"
+    return
+  fi
+  for entry in "${headers[@]}"; do
+    printf '#if !__has_include(<%s>)\n%s\n#endif\n' "${entry#* }" "${entry% *}"
+  done | c++ -std=c++20 -E -P -x c++ - | tr -s '[:space:]' '\n' | sed '/^$/d'
+}
+
+missing_venv() {
+  [[ -x .venv/bin/python ]] || python3 -c 'import ensurepip, venv' 2>/dev/null || echo python3-venv
+}
+
+# libFuzzer and the sanitizers' runtimes come apart from clang, in a package named after its version.
+missing_runtime() {
+  [[ $need == fuzz ]] || return 0
+  local version=14 archive
+  if command -v clang++ >/dev/null; then
+    version=$(clang++ -dumpversion | cut -d. -f1)
+    archive=$(clang++ -print-file-name="lib/linux/libclang_rt.fuzzer-$(uname -m).a")
+    [[ -e $archive ]] && return 0
+  fi
+  echo "libclang-rt-$version-dev"
+}
+
+install_packages() {
+  if [[ $(id -u) == 0 ]] && command -v apt-get >/dev/null; then
+    echo "setup: installing $*"
+    export DEBIAN_FRONTEND=noninteractive
+    apt-get update -qq >/dev/null
+    apt-get install -y -qq --no-install-recommends "$@" >/dev/null
+  else
+    echo "setup: please install (Debian names; elsewhere their like):" \
+      "sudo apt-get install --no-install-recommends $*" >&2
+    exit 1
+  fi
+}
+
+install_python_packages() {
+  local stamp=.venv/installed-$(basename "$requirements") wanted
+  wanted=$(cat scripts/requirements-*.txt)
+  [[ -e $stamp && $(<"$stamp") == "$wanted" ]] && return 0
+  [[ -x .venv/bin/python ]] || python3 -m venv .venv
+  echo "setup: installing Python packages into .venv"
+  .venv/bin/python -m pip install --quiet --disable-pip-version-check -r "$requirements"
+  printf '%s\n' "$wanted" >"$stamp"
+}
+
+missing=$(missing_commands; missing_headers; missing_venv; missing_runtime)
+# shellcheck disable=SC2086  # one word per package
+[[ -z $missing ]] || install_packages $missing
+install_python_packages
