@@ -1,0 +1,93 @@
+// Diagnostics and host errors: how the host reports what went wrong.
+//
+// A call by name returns a Diagnostic; everything else throws a HostError, which
+// carries one. May be used from any thread.
+#pragma once
+
+#include "host/catalog.h"
+#include "host/export.h"
+
+#include <exception>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexal {
+
+/// The record of a failure: zero or more messages, the first being the failure
+/// itself and the others telling more about it.
+class VEXAL_API Diagnostic {
+ public:
+  struct Item {
+    std::string catalog;
+    std::string key;
+    std::string text;
+  };
+
+  /// Adds a message, its text taken from the catalogs as they are now.
+  void add(MessageId id, std::initializer_list<std::string_view> arguments = {});
+
+  std::size_t itemCount() const noexcept { return items_.size(); }
+
+  /// The k-th message, k below itemCount().
+  const Item& item(std::size_t k) const { return items_.at(k); }
+
+ private:
+  std::vector<Item> items_;
+};
+
+/// The exception in which a diagnostic travels. Copies share the diagnostic.
+class VEXAL_API HostError : public std::exception {
+ public:
+  /// A diagnostic without messages is given "Vexal:host:UnknownError".
+  explicit HostError(Diagnostic diagnostic);
+  HostError(const HostError&) noexcept = default;
+  HostError& operator=(const HostError&) noexcept = default;
+  ~HostError() override;
+
+  /// "Kxsim:Design:ValuesMustBeCellArray": catalog and key of the first message.
+  const std::string& identifier() const noexcept;
+  const std::string& catalog() const noexcept;
+  const std::string& key() const noexcept;
+  /// The text of the first message, UTF-8.
+  const char* what() const noexcept override;
+  const Diagnostic& diagnostic() const noexcept;
+
+ private:
+  struct State;
+  std::shared_ptr<const State> state_;
+};
+
+/// A diagnostic holding the one message.
+VEXAL_API std::unique_ptr<Diagnostic> createDiagnostic(MessageId id, std::string_view argument);
+
+/// Throws the HostError built from the diagnostic.
+[[noreturn]] VEXAL_API void throwDiagnostic(const Diagnostic& diagnostic);
+
+/// Throws the HostError of one message.
+[[noreturn]] VEXAL_API void raise(MessageId id,
+                                  std::initializer_list<std::string_view> arguments = {});
+
+}  // namespace vexal
+
+/// Raises a host error by catalog key; the arguments are strings.
+template <class... Arguments>
+[[noreturn]] void vxErrMsgId(std::string_view catalog, std::string_view key,
+                             const Arguments&... arguments) {
+  vexal::raise({catalog, key}, {std::string_view(arguments)...});
+}
+
+/// As above, for identifiers that have a name.
+template <class... Arguments>
+[[noreturn]] void vxErrMsgId(vexal::MessageId id, const Arguments&... arguments) {
+  vexal::raise(id, {std::string_view(arguments)...});
+}
+
+namespace component_Vexal::catalog_class {
+
+/// A host object whose native element is gone.
+inline constexpr vexal::MessageId key_InvalidHandle{"Vexal:class", "InvalidHandle"};
+
+}  // namespace component_Vexal::catalog_class
