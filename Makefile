@@ -41,9 +41,10 @@ format: ## Format the C++ and Python sources
 	@scripts/setup.sh format
 	@scripts/format.sh
 
-tidy: ## Run clang-tidy over src (uses the dev build's compile commands)
+tidy: ## Run clang-tidy over src, after the dev build that it learns the flags from
 	@scripts/setup.sh tidy
 	@scripts/quietly.sh cmake --preset dev
+	@scripts/quietly.sh cmake --build --preset dev
 	@run-clang-tidy -quiet -p build/dev '$(CURDIR)/src/'
 
 lines: ## Count the lines of code by area, and the generated ones against their budget

@@ -34,6 +34,11 @@ function(kxsim_generate)
   endif()
   string(STRIP "${listed}" listed)
   string(REPLACE "\n" ";" outputs "${listed}")
+  file(GLOB_RECURSE leftovers "${arg_OUT}/*.h" "${arg_OUT}/*.cpp")
+  list(REMOVE_ITEM leftovers ${outputs})
+  if(leftovers)
+    file(REMOVE ${leftovers})
+  endif()
   set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
     ${arg_SCHEMAS} ${generator})
 

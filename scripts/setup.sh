@@ -93,14 +93,15 @@ install_packages() {
   fi
 }
 
+# The stamp holds what was installed; the contributors' list includes the builders'.
 install_python_packages() {
-  local stamp=.venv/installed-$(basename "$requirements") wanted
+  local wanted stamp=.venv/installed-$(basename "$requirements")
   wanted=$(cat scripts/requirements-*.txt)
   [[ -e $stamp && $(<"$stamp") == "$wanted" ]] && return 0
   [[ -x .venv/bin/python ]] || python3 -m venv .venv
   echo "setup: installing Python packages into .venv"
   .venv/bin/python -m pip install --quiet --disable-pip-version-check -r "$requirements"
-  printf '%s\n' "$wanted" >"$stamp"
+  printf '%s\n' "$wanted" | tee "$stamp" >.venv/installed-requirements-build.txt
 }
 
 missing=$(missing_commands; missing_headers; missing_venv; missing_runtime)

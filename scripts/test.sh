@@ -8,6 +8,7 @@ cd "$(dirname "$0")/.."
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 steps=0
+noise='^ +Start +[0-9]+: | Passed +[0-9.]+ sec$'
 closing='tests passed|tests failed| (passed|failed|error|skipped).* in [0-9.]+s'
 
 step() {
@@ -15,7 +16,7 @@ step() {
   shift
   printf '== %s\n' "$title"
   if ! "$@" >"$log" 2>&1 </dev/null; then
-    cat "$log"
+    grep -vE "$noise" "$log"
     printf '\nmake test: failed at "%s" after %d s (%s)\n' "$title" "$SECONDS" "$*"
     exit 1
   fi
