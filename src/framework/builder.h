@@ -1,0 +1,140 @@
+// Builders: what an element shall be, collected before it exists. A builder can
+// create any number of elements; child builders create the contents with it.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "framework/element.h"
+#include "framework/export.h"
+#include "framework/model.h"
+
+namespace mf::zero {
+
+/// The collected values (`X::Impl::BuilderImpl` adds the typed names). Nothing is checked against
+/// a model before `create`, and host-array hooks are not asked.
+class MF0_API BuilderValues {
+ public:
+  BuilderValues(const ClassInfo& info, Model model);
+  /// Child builders are copied too.
+  BuilderValues(const BuilderValues& other);
+  BuilderValues& operator=(const BuilderValues&) = delete;
+  virtual ~BuilderValues();
+
+  const ClassInfo& classInfo() const { return *info_; }
+  meta::Class getMetaClass() const;
+  const Model& model() const { return model_; }
+  void setModel(Model model) { model_ = std::move(model); }
+
+  /// Sets a single value, or appends to a many-valued property (all items of a list value).
+  /// Returns the property's index; -1 for a property that the class does not have, which changes
+  /// nothing. Raises CannotCastIncompatibleTypes and CannotSetReadOnlyProperty.
+  int doSetOrAdd(const meta::Property& property, const Value& value);
+  /// The same for a contained child; CannotAddIncompatibleTypes for a builder of another class.
+  int doSetOrAdd(const meta::Property& property, std::unique_ptr<Builder> child);
+
+  // The same by static description; the typed operations forward here.
+
+  void set(const PropertyInfo& property, Value value);
+  void add(const PropertyInfo& property, Value value);
+  void addChild(const PropertyInfo& property, std::unique_ptr<Builder> child);
+  void clear(const PropertyInfo& property);
+  /// What was set; otherwise the declared default, or the empty value where there is none.
+  Value get(const PropertyInfo& property) const;
+  template <class T>
+  T get(const PropertyInfo& property) const {
+    return get(property).template getValue<T>();
+  }
+
+ private:
+  friend class Creation;
+  struct Item {
+    const PropertyInfo* property;
+    Value value;
+    std::unique_ptr<Builder> child;
+  };
+
+  const ClassInfo* info_;
+  Model model_;
+  std::vector<Item> items_;
+};
+
+/// The generated builder implementation of a class derives from this.
+template <class B, class Super = BuilderValues>
+class BuilderBase : public Super {
+ public:
+  using Super::Super;
+};
+
+/// The construction base. A value: copying copies the child builders too.
+class MF0_API Builder {
+ public:
+  /// A builder of any concrete class. Raises CannotCreateAbstractClass.
+  Builder(const ClassInfo& info, Model model);
+  Builder(const Builder& other);
+  Builder(Builder&&) noexcept = default;
+  Builder& operator=(Builder other) noexcept {
+    std::swap(values_, other.values_);
+    return *this;
+  }
+  ~Builder();
+
+  void setModel(Model model) { values_->setModel(std::move(model)); }
+  meta::Class getMetaClass() const { return values_->getMetaClass(); }
+  BuilderValues& values() const { return *values_; }
+  /// Creates the element and, in list order, its contents, in one transaction: all or nothing.
+  /// A nil identity asks for a fresh one. Raises CannotCreateWithoutModel,
+  /// CannotCreateDuplicateIdentity, and for a reference what adding it would raise.
+  ModelElement create(const uuid& identity = {}) const;
+
+ private:
+  friend class Creation;
+  std::unique_ptr<BuilderValues> values_;
+};
+
+/// The typed part of `X::Builder`.
+template <class X>
+class TypedBuilder : public Builder {
+ public:
+  explicit TypedBuilder(Model model = {}) : Builder(X::classInfo(), std::move(model)) {}
+  X create(const uuid& identity = {}) const {
+    return X(static_cast<typename X::Impl*>(Builder::create(identity).impl()));
+  }
+
+ protected:
+  /// The values under the class's own names; BuilderImpl adds names and nothing else.
+  auto& values() const {
+    return static_cast<typename X::Impl::BuilderImpl&>(Builder::values());
+  }
+};
+
+/// How a builder of class X (or a subclass) is handed over: copied, moved, or by unique pointer.
+template <class X>
+class BuilderWrapper {
+ public:
+  template <class Y>
+    requires std::is_base_of_v<X, Y>
+  BuilderWrapper(const TypedBuilder<Y>& builder)  // NOLINT: hand a builder over as it is
+      : builder_(std::make_unique<Builder>(builder)) {}
+  template <class Y>
+    requires std::is_base_of_v<X, Y>
+  BuilderWrapper(TypedBuilder<Y>&& builder)  // NOLINT
+      : builder_(std::make_unique<Builder>(std::move(builder))) {}
+  BuilderWrapper(std::unique_ptr<Builder> builder)  // NOLINT
+      : builder_(std::move(builder)) {}
+
+  /// Raises CannotAddNonExistentObject when there is no builder inside.
+  Builder& builder() const {
+    if (!builder_) reportException(mf0::messages::CannotAddNonExistentObject());
+    return *builder_;
+  }
+  std::unique_ptr<Builder> release() { return std::move(builder_); }
+
+ private:
+  std::unique_ptr<Builder> builder_;
+};
+
+}  // namespace mf::zero

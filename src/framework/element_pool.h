@@ -1,0 +1,162 @@
+// Where a model's elements live: cells of one size per class in aligned chunks of
+// 16 KiB. An element's address leads to its chunk, and so to its model and class,
+// without a pointer in the element; a four-byte id leads to its address.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "framework/class_info.h"
+#include "framework/export.h"
+#include "framework/storage.h"
+
+namespace mf::zero {
+
+class ModelImpl;
+class ElementPool;
+
+inline constexpr std::size_t kChunkBytes = 16 * 1024;
+inline constexpr std::size_t kCellUnit = 8;  ///< an id counts cells in units of eight bytes
+inline constexpr std::size_t kUnitsPerChunk = kChunkBytes / kCellUnit;
+inline constexpr std::size_t kStorageOffset = 48;
+
+/// The head of a chunk; its cells follow.
+struct Chunk {
+  ModelImpl* model;
+  const ClassInfo* info;
+  ElementPool* pool;
+  std::uint32_t firstId;  ///< id of the chunk's first unit, the head itself
+  std::uint32_t cellUnits;
+  std::uint32_t used;  ///< units handed out so far, head included; grows only
+  Chunk* next;         ///< of the same class
+
+  static Chunk* of(const ElementImpl* element) {
+    return reinterpret_cast<Chunk*>(reinterpret_cast<std::uintptr_t>(element) & ~(kChunkBytes - 1));
+  }
+  ElementId idOf(const ElementImpl* element) const {
+    return firstId +
+           static_cast<std::uint32_t>(
+               (reinterpret_cast<std::uintptr_t>(element) & (kChunkBytes - 1)) / kCellUnit);
+  }
+  /// The element with that id in the same model as `near`.
+  inline static ElementImpl* find(const ElementImpl& near, ElementId id);
+};
+
+/// Memory of one model: aligned chunks for elements, and blocks for lists that are recycled by
+/// size. Everything is given back at once when the pool ends.
+class MF0_API BlockArena {
+ public:
+  BlockArena() = default;
+  BlockArena(const BlockArena&) = delete;
+  BlockArena& operator=(const BlockArena&) = delete;
+  ~BlockArena();
+
+  /// A chunk of kChunkBytes, aligned to its size; not zeroed. Throws std::bad_alloc.
+  void* chunk();
+  /// A block of at least `bytes`; `bytes` is rounded up in place to what was given.
+  void* allocate(std::size_t& bytes);
+  /// Takes back a block of the size that `allocate` reported.
+  void release(void* block, std::size_t bytes) noexcept;
+  std::size_t bytesReserved() const { return reserved_; }
+
+ private:
+  struct FreeBlock {
+    FreeBlock* next;
+  };
+  struct Region {
+    std::byte* memory;
+    std::size_t bytes;
+  };
+  void grow();
+
+  static constexpr std::size_t kSmallClasses = 128;  ///< multiples of eight up to 1 KiB
+  std::array<FreeBlock*, kSmallClasses + 1> free_{};
+  std::vector<Region> regions_;
+  std::byte* cursor_ = nullptr;  ///< next free chunk of the newest region
+  std::byte* limit_ = nullptr;
+  std::byte* block_ = nullptr;  ///< next free byte of the chunk that small blocks come from
+  std::byte* blockLimit_ = nullptr;
+  std::size_t reserved_ = 0;
+};
+
+/// The cells of all elements of one model.
+class MF0_API ElementPool {
+ public:
+  explicit ElementPool(ModelImpl& model) : model_(model) {}
+  ~ElementPool();
+
+  /// Builds an element of a concrete class with that identity. Throws std::bad_alloc, and raises
+  /// ModelIsFull at 2^32 cell units.
+  ElementImpl* create(const ClassInfo& info, const uuid& identity);
+  /// Ends an element's storage and recycles its cell.
+  void release(ElementImpl* element) noexcept;
+  /// Whether the next element of the class will have the id that follows `id`.
+  ElementImpl* at(ElementId id) const {
+    return reinterpret_cast<ElementImpl*>(chunks_[id / kUnitsPerChunk] +
+                                          id % kUnitsPerChunk * kCellUnit);
+  }
+
+  /// Calls `visit(ElementImpl&)` for every cell in use of the class itself, in creation order as
+  /// far as cells were not recycled.
+  template <class Visit>
+  void forEach(const ClassInfo& info, Visit&& visit) const {
+    for (const Chunk* chunk = firstChunk(info); chunk; chunk = chunk->next) {
+      forEachIn(*chunk, visit);
+    }
+  }
+  /// The same for every class.
+  template <class Visit>
+  void forEach(Visit&& visit) const {
+    for (const Cells& cells : cells_) {
+      for (const Chunk* chunk = cells.first; chunk; chunk = chunk->next) forEachIn(*chunk, visit);
+    }
+  }
+  /// Calls `visit(const ClassInfo&)` for every class that has had an element.
+  template <class Visit>
+  void forEachClass(Visit&& visit) const {
+    for (const Cells& cells : cells_) {
+      if (cells.first) visit(*cells.first->info);
+    }
+  }
+
+  BlockArena& arena() { return arena_; }
+
+ private:
+  struct FreeCell {
+    void* marker;  ///< null where an element has its table of virtual functions
+    FreeCell* next;
+  };
+  struct Cells {
+    Chunk* first = nullptr;
+    Chunk* last = nullptr;
+    FreeCell* free = nullptr;
+  };
+
+  template <class Visit>
+  static void forEachIn(const Chunk& chunk, Visit& visit) {
+    const auto base = reinterpret_cast<std::uintptr_t>(&chunk);
+    for (std::size_t unit = firstUnit(); unit + chunk.cellUnits <= chunk.used;
+         unit += chunk.cellUnits) {
+      void* cell = reinterpret_cast<void*>(base + unit * kCellUnit);
+      if (static_cast<FreeCell*>(cell)->marker) visit(*static_cast<ElementImpl*>(cell));
+    }
+  }
+  static constexpr std::size_t firstUnit() { return (sizeof(Chunk) + kCellUnit - 1) / kCellUnit; }
+  const Chunk* firstChunk(const ClassInfo& info) const;
+  Chunk* addChunk(const ClassInfo& info, Cells& cells);
+  Cells& cellsOf(const ClassInfo& info);
+
+  ModelImpl& model_;
+  BlockArena arena_;
+  std::vector<std::byte*> chunks_;
+  std::vector<Cells> cells_;  ///< by the class's number
+};
+
+inline ElementImpl* Chunk::find(const ElementImpl& near, ElementId id) {
+  return Chunk::of(&near)->pool->at(id);
+}
+
+}  // namespace mf::zero

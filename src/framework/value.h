@@ -1,0 +1,162 @@
+// A value of any property type, for reflection, builders, queries and change sets.
+// Twenty-four bytes; numbers are held in place, texts and lists are shared.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "framework/class_info.h"
+#include "framework/export.h"
+#include "framework/text.h"
+
+namespace mf::zero {
+
+class ModelElement;
+
+/// Connects an enumeration type with its static description; the generated code specialises it.
+template <class E>
+struct EnumTraits;
+
+template <class E>
+concept ModelEnum = std::is_enum_v<E> && requires { EnumTraits<E>::info(); };
+
+/// What a value holds: its kind, and which enumeration or class where that matters.
+struct ValueMeta {
+  enum class Form : std::uint8_t { kEmpty, kSingle, kList };
+  Form form = Form::kEmpty;
+  ValueKind kind = ValueKind::kBoolean;
+  const EnumInfo* enumeration = nullptr;
+
+  bool operator==(const ValueMeta&) const = default;
+  /// The registry's name of the type: "Real", "String", "kxsim.design.FigureType", ...
+  MF0_API std::string typeName() const;
+};
+
+class MF0_API Value {
+ public:
+  /// The empty value: reads as 0, false, the empty text, no array, no element, no items.
+  Value() = default;
+  Value(bool value);                   // NOLINT: a value converts from what it can hold
+  Value(std::int8_t value);            // NOLINT
+  Value(std::int32_t value);           // NOLINT
+  Value(double value);                 // NOLINT
+  Value(std::u16string_view text);     // NOLINT
+  Value(const std::u16string& text);   // NOLINT
+  Value(const char16_t* text);         // NOLINT
+  Value(const Text& text);             // NOLINT
+  Value(const ModelElement& element);  // NOLINT: a counted reference, empty for an empty handle
+  template <ModelEnum E>
+  Value(E literal)  // NOLINT
+      : Value(&EnumTraits<E>::info(), static_cast<std::int32_t>(literal)) {}
+  Value(const EnumInfo* enumeration, std::int32_t literal);
+  /// A pointer would turn into a bool.
+  template <class T>
+  Value(T*) = delete;
+
+  /// A value that owns a property copy of `array`; null gives an array value that holds null.
+  static Value ofArray(const vxArray* array);
+  static Value ofList(std::vector<Value> items);
+
+  Value(const Value& other);
+  Value(Value&& other) noexcept;
+  Value& operator=(Value other) noexcept;
+  ~Value() {
+    if (ownsSomething()) release();
+  }
+
+  bool isEmpty() const { return meta_.form == ValueMeta::Form::kEmpty; }
+  bool isList() const { return meta_.form == ValueMeta::Form::kList; }
+  const ValueMeta& meta() const { return meta_; }
+
+  /// Raises CannotCastIncompatibleTypes unless the value is empty or holds a T. T is bool,
+  /// std::int8_t, std::int32_t, double, std::u16string, an enumeration of a package,
+  /// `const vxArray*`, or ModelElement.
+  template <class T>
+  void checkCompatible() const {
+    if (!isEmpty() && meta_ != metaOf<T>()) raiseIncompatible(metaOf<T>());
+  }
+
+  /// The held T; 0, false, empty or null when the value is empty.
+  /// Raises CannotCastIncompatibleTypes when it holds something else.
+  template <class T>
+  T getValue() const;
+
+  /// The items of a list; none for any other value.
+  std::span<const Value> items() const;
+
+  /// Equality of kind and content: doubles by ==, texts by content, arrays by identity of what is
+  /// held, elements by identity, lists item by item.
+  bool operator==(const Value& other) const;
+
+  /// Short readable form for messages and logs.
+  std::string describe() const;
+
+  template <class T>
+  static ValueMeta metaOf();
+
+  /// The eight raw bytes; for the runtime.
+  std::uint64_t bits() const { return bits_; }
+
+ private:
+  bool ownsSomething() const {
+    return meta_.form == ValueMeta::Form::kList ||
+           (meta_.form == ValueMeta::Form::kSingle &&
+            (meta_.kind == ValueKind::kString || meta_.kind == ValueKind::kArray ||
+             meta_.kind == ValueKind::kElement));
+  }
+  Value(ValueMeta meta, std::uint64_t bits) : meta_(meta), bits_(bits) {}
+  void release();
+  ModelElement element() const;
+  std::u16string text() const;
+  [[noreturn]] static void raiseIncompatible(const ValueMeta& wanted);
+
+  ValueMeta meta_;
+  std::uint64_t bits_ = 0;
+};
+
+template <class T>
+ValueMeta Value::metaOf() {
+  using Form = ValueMeta::Form;
+  if constexpr (std::is_same_v<T, bool>) {
+    return {Form::kSingle, ValueKind::kBoolean, nullptr};
+  } else if constexpr (std::is_same_v<T, std::int8_t>) {
+    return {Form::kSingle, ValueKind::kInteger8, nullptr};
+  } else if constexpr (std::is_same_v<T, std::int32_t>) {
+    return {Form::kSingle, ValueKind::kInteger, nullptr};
+  } else if constexpr (std::is_same_v<T, double>) {
+    return {Form::kSingle, ValueKind::kReal, nullptr};
+  } else if constexpr (std::is_same_v<T, std::u16string>) {
+    return {Form::kSingle, ValueKind::kString, nullptr};
+  } else if constexpr (ModelEnum<T>) {
+    return {Form::kSingle, ValueKind::kEnumeration, &EnumTraits<T>::info()};
+  } else if constexpr (std::is_same_v<T, const vxArray*>) {
+    return {Form::kSingle, ValueKind::kArray, nullptr};
+  } else {
+    static_assert(std::is_same_v<T, ModelElement>, "not a type that a property can hold");
+    return {Form::kSingle, ValueKind::kElement, nullptr};
+  }
+}
+
+template <class T>
+T Value::getValue() const {
+  checkCompatible<T>();
+  if constexpr (std::is_same_v<T, double>) {
+    return std::bit_cast<double>(bits_);
+  } else if constexpr (std::is_same_v<T, std::u16string>) {
+    return text();
+  } else if constexpr (std::is_same_v<T, const vxArray*>) {
+    return reinterpret_cast<const vxArray*>(bits_);
+  } else if constexpr (std::is_same_v<T, ModelElement>) {
+    return element();
+  } else {
+    return static_cast<T>(static_cast<std::int64_t>(bits_));
+  }
+}
+
+}  // namespace mf::zero
