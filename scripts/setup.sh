@@ -24,6 +24,7 @@ benchmarks=("libbenchmark-dev benchmark/benchmark.h")
 case $need in
   demo) headers+=("${examples[@]}") ;;
   test)
+    commands+=("git git")
     headers+=("${examples[@]}" "${tests[@]}" "${benchmarks[@]}")
     requirements=scripts/requirements-test.txt
     ;;
@@ -35,7 +36,7 @@ case $need in
     headers+=("${examples[@]}" "${tests[@]}" "${benchmarks[@]}")
     ;;
   format)
-    commands=("python3 python3")
+    commands=("git git" "python3 python3")
     requirements=scripts/requirements-test.txt
     ;;
   *)
@@ -84,8 +85,8 @@ install_packages() {
   if [[ $(id -u) == 0 ]] && command -v apt-get >/dev/null; then
     echo "setup: installing $*"
     export DEBIAN_FRONTEND=noninteractive
-    apt-get update -qq >/dev/null
-    apt-get install -y -qq --no-install-recommends "$@" >/dev/null
+    scripts/quietly.sh apt-get update
+    scripts/quietly.sh apt-get install -y --no-install-recommends "$@"
   else
     echo "setup: please install (Debian names; elsewhere their like):" \
       "sudo apt-get install --no-install-recommends $*" >&2
@@ -100,7 +101,7 @@ install_python_packages() {
   [[ -e $stamp && $(<"$stamp") == "$wanted" ]] && return 0
   [[ -x .venv/bin/python ]] || python3 -m venv .venv
   echo "setup: installing Python packages into .venv"
-  .venv/bin/python -m pip install --quiet --disable-pip-version-check -r "$requirements"
+  scripts/quietly.sh .venv/bin/python -m pip install --quiet --disable-pip-version-check -r "$requirements"
   printf '%s\n' "$wanted" | tee "$stamp" >.venv/installed-requirements-build.txt
 }
 
