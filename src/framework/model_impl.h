@@ -1,0 +1,164 @@
+// The behaviour of a model: its elements, the open transaction, its observers.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "framework/class_info.h"
+#include "framework/element.h"
+#include "framework/element_pool.h"
+#include "framework/export.h"
+#include "framework/hole_index.h"
+#include "framework/identity_index.h"
+#include "framework/model.h"
+#include "framework/undo_log.h"
+
+namespace mf::zero {
+
+/// `Model::Impl`. Used from one thread at a time.
+class MF0_API ModelImpl {
+ public:
+  explicit ModelImpl(bool shared);
+  ModelImpl(const ModelImpl&) = delete;
+  ModelImpl& operator=(const ModelImpl&) = delete;
+  ~ModelImpl();
+
+  void addRef() noexcept;
+  void removeRef() noexcept;
+
+  /// Begins a transaction inside the open one, if any. With `outermost` set, raises
+  /// CannotNestTransaction when another is open. Raises CannotUseClosedModel.
+  [[nodiscard]] Transaction beginTransaction(bool outermost = false);
+  bool isInTransaction() const { return depth_ > 0; }
+
+  /// The element with that identity, of any class; empty if there is none.
+  ModelElement findElement(const uuid& identity,
+                           FindElementBehavior behavior = FindElementBehavior::kAsItIs);
+  /// How many elements the model holds, contained ones and proxies included.
+  std::size_t size() const { return liveElements_; }
+  /// All elements of the class (and, if asked, its subclasses) in creation order per class.
+  std::vector<ModelElement> elements(const ClassInfo& info, bool withSubclasses = true);
+  /// The elements that no other contains.
+  std::vector<ModelElement> roots();
+
+  /// The observer is told until the subscription ends; it must live as long.
+  [[nodiscard]] Subscription addObserver(Observer& observer);
+  /// The same with a function.
+  [[nodiscard]] Subscription observe(std::function<void(const ChangeSet&)> observer);
+
+  void setLoader(std::shared_ptr<ElementLoader> loader) { loader_ = std::move(loader); }
+  const std::shared_ptr<ElementLoader>& loader() const { return loader_; }
+  /// The element of that identity, made as a proxy if the model does not hold it. Raises
+  /// CannotCreateAbstractClass, CannotCreateDuplicateIdentity if the identity belongs to an
+  /// element of another class, InvalidValue for the nil identity.
+  ModelElement createProxy(const meta::Class& metaClass, const uuid& identity);
+  ModelElement createProxy(const ClassInfo& info, const uuid& identity);
+
+  /// Destroys everything without notice and refuses all further use; handles stay safe. Raises
+  /// CannotCloseModelInTransaction while a transaction is open or observers are being told.
+  void close();
+  bool isOpen() const { return (state_ & kClosed) == 0; }
+  bool isFrozen() const { return (state_ & kFrozen) != 0; }
+
+  /// Bytes the model has reserved for elements and lists.
+  std::size_t bytesReserved() const { return pool_.arena().bytesReserved(); }
+
+  // For the runtime. ------------------------------------------------------------------------------
+
+  ElementPool& pool() { return pool_; }
+  IdentityIndex& identities() { return identities_; }
+  UndoLog& log() { return *log_; }
+  HoleIndexes& holes() { return holes_; }
+  /// Raises CannotModifyFrozenModel or CannotUseClosedModel.
+  void checkWritable() const {
+    if (state_ & (kFrozen | kClosed)) [[unlikely]] refuseWrite();
+  }
+  /// Whether a change must be recorded: somebody may undo it or wants to hear of it.
+  bool isRecording() const { return (state_ & (kRecording | kObserved)) != 0; }
+  /// Whether positions in lists may be given anew.
+  bool isIdle() const { return depth_ == 0 && log_->empty() && pending_.empty() && cursors == 0; }
+  /// Whether no record anywhere refers to elements or positions.
+  bool isQuiet() const { return depth_ == 0 && log_->empty() && pending_.empty(); }
+  /// Where the innermost transaction begins in the log.
+  std::size_t mark() const { return mark_; }
+  /// After a single change outside a transaction: tells the observers.
+  void publishIfOutermost() {
+    if (depth_ == 0 && !log_->empty()) publish(std::nullopt);
+  }
+  ElementImpl* createElement(const ClassInfo& info, const uuid& identity, bool withDefaults);
+  void elementGone() { --liveElements_; }
+  void elementBack() { ++liveElements_; }
+  /// Numbers and texts that a new element of the class starts with.
+  void applyDefaults(ElementImpl& element);
+  TextCache& texts() { return texts_; }
+  void refuseWrite() const;
+
+  /// An inner transaction of the runtime's own composite changes: undone unless `done`.
+  class Scope {
+   public:
+    explicit Scope(ModelImpl& model);
+    ~Scope();
+    /// Commits; the outermost one tells the observers and passes on what they threw.
+    void done(std::optional<Value> result = std::nullopt);
+
+   private:
+    ModelImpl& model_;
+    std::size_t outerMark_;
+    std::uint32_t depth_;
+    bool open_ = true;
+  };
+
+  /// List positions must stay while somebody iterates.
+  std::uint32_t cursors = 0;
+
+ private:
+  friend class Transaction;
+  friend class Change;
+  friend class ChangeSet;
+  friend class Model::Freezer;
+  friend class Model::Thawer;
+  friend class Subscription;
+  struct Default;
+
+  enum State : std::uint32_t { kFrozen = 1, kClosed = 2, kRecording = 4, kObserved = 8 };
+  struct Pending {
+    std::unique_ptr<UndoLog> log;
+    std::optional<Value> result;
+  };
+
+  std::uint32_t enter();
+  void leave(std::uint32_t depth, bool keep, std::optional<Value> result);
+  void rollbackTo(std::size_t mark) noexcept;
+  void publish(std::optional<Value> result);
+  void tell(const ChangeSet& changes, std::exception_ptr& first);
+  void settle(UndoLog& log) noexcept;
+  void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
+  /// The log after `log` in time: pending ones, then the open one; null after the last.
+  UndoLog* logAfter(const UndoLog& log);
+  const std::vector<Default>& defaultsOf(const ClassInfo& info);
+
+  std::uint32_t state_ = 0;
+  std::uint32_t depth_ = 0;
+  std::size_t mark_ = 0;
+  std::vector<std::size_t> marks_;  ///< of the transactions around the innermost
+  std::unique_ptr<UndoLog> log_;
+  std::vector<Pending> pending_;  ///< committed, not yet told or being told, oldest first
+  std::vector<std::unique_ptr<UndoLog>> spare_;
+  std::vector<std::shared_ptr<Subscription::Entry>> observers_;
+  std::shared_ptr<ElementLoader> loader_;
+  ElementPool pool_;
+  IdentityIndex identities_;
+  HoleIndexes holes_;
+  TextCache texts_;
+  std::vector<std::unique_ptr<std::vector<Default>>> defaults_;  ///< by class number
+  std::size_t liveElements_ = 0;
+  std::uint32_t refs_ = 0;
+  bool shared_;
+};
+
+}  // namespace mf::zero

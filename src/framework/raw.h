@@ -1,0 +1,55 @@
+// Direct access to an element's header and values, for the runtime's own algorithms.
+// Nothing here checks, records or notifies.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "framework/element.h"
+
+namespace mf::zero {
+
+struct Raw {
+  static std::byte* storage(const ElementImpl& element) {
+    return const_cast<std::byte*>(reinterpret_cast<const std::byte*>(&element)) + kStorageOffset;
+  }
+  template <class T>
+  static T& at(const ElementImpl& element, const PropertyInfo& property) {
+    return *reinterpret_cast<T*>(storage(element) + property.offset);
+  }
+
+  // The header's fields, by name.
+
+  static std::uint32_t& refs(ElementImpl& e) { return e.refs_; }
+  static ElementId& owner(ElementImpl& e) { return e.owner_; }
+  static std::uint16_t& ownerProperty(ElementImpl& e) { return e.ownerProperty_; }
+  static std::uint32_t& position(ElementImpl& e) { return e.position_; }
+  static IncomingList*& incoming(ElementImpl& e) { return e.incoming_; }
+  static void setShared(ElementImpl& e) { e.shared_ = true; }
+  static void setProxy(ElementImpl& e, bool on) { setFlag(e, ElementImpl::kProxy, on); }
+  static void setDestroyed(ElementImpl& e, bool on) { setFlag(e, ElementImpl::kDestroyed, on); }
+  static void setInLog(ElementImpl& e, bool on) { setFlag(e, ElementImpl::kInLog, on); }
+  static bool isInLog(const ElementImpl& e) { return (e.flags_ & ElementImpl::kInLog) != 0; }
+  static bool isPlain(const ElementImpl& e) { return (e.flags_ & ElementImpl::kAttention) == 0; }
+  /// Loads a proxy; raises CannotUseDestroyedElement.
+  static void prepareRead(const ElementImpl& e) {
+    if (!isPlain(e)) e.prepareRead();
+  }
+  [[noreturn]] static void refuseChange(const ElementImpl& e) { e.refuseChange(); }
+
+ private:
+  static void setFlag(ElementImpl& e, std::uint8_t flag, bool on) {
+    e.flags_ = static_cast<std::uint8_t>(on ? e.flags_ | flag : e.flags_ & ~flag);
+  }
+};
+
+/// Calls `visit(const PropertyInfo&)` for every stored property of the class, inherited ones first.
+template <class Visit>
+void forEachProperty(const ClassInfo& info, Visit&& visit) {
+  if (info.super) forEachProperty(*info.super, visit);
+  for (const PropertyInfo& property : info.properties) {
+    if (!property.has(kDerived)) visit(property);
+  }
+}
+
+}  // namespace mf::zero

@@ -1,0 +1,115 @@
+// What it takes to undo a change: a flat list of small records, in order. Runs of
+// creations and of appends are one record. Observers' old values come from here too.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "framework/storage.h"
+
+namespace mf::zero {
+
+class ModelImpl;
+
+enum class UndoKind : std::uint8_t {
+  kNothing,      ///< a record that was withdrawn
+  kCreate,       ///< `count` elements from `element` on, one cell apart
+  kDestroy,      ///< `old`: the list of its referrers
+  kWord,         ///< eight bytes; `old`: the bits before
+  kHalf,         ///< four bytes
+  kByte,         ///< one byte
+  kText,         ///< `old`: the text before, owned by the record
+  kArray,        ///< `old`: the property copy before, owned by the record
+  kReference,    ///< a single reference or containment; `old`: id of the target before
+  kInsert,       ///< `count` slots from `position` on were put into a reference list
+  kRemove,       ///< the slot at `position` was emptied; `old`: id of its target
+  kValueInsert,  ///< `count` values from `position` on were put into a primitive list
+  kValueRemove,  ///< the value at `position` was taken out; `old`: its bits or text
+  kValueSet,     ///< the value at `position` was replaced; `old`: its bits or text
+};
+
+struct UndoRecord {
+  UndoKind kind;
+  bool ownsText = false;  ///< for the value kinds: `old` is an owned text
+  std::uint16_t property = 0;
+  ElementId element = kNoElement;
+  std::uint32_t position = 0;
+  std::uint32_t count = 0;
+  std::uint64_t old = 0;
+};
+static_assert(sizeof(UndoRecord) == 24);
+
+/// Which properties of which elements a log touches, and by which records.
+class ChangeIndex {
+ public:
+  /// Stands for the creation or destruction of the element itself.
+  static constexpr std::uint16_t kLifetime = 0xffff;
+  static constexpr std::uint32_t kNone = 0xffffffff;
+
+  struct Step {
+    std::uint32_t record;
+    std::uint32_t sub;  ///< which creation of a run, which referrer of a destroyed element
+    std::uint32_t previous;
+  };
+  struct Entry {
+    ElementId element;
+    std::uint16_t property;
+    std::uint32_t firstStep;
+    std::uint32_t lastStep;
+  };
+
+  /// Takes in the records that were added since the last call.
+  void extend(const std::vector<UndoRecord>& records, ModelImpl& model);
+  const Entry* find(ElementId element, std::uint16_t property) const;
+  const std::vector<Entry>& entries() const { return entries_; }
+  const Step& step(std::uint32_t number) const { return steps_[number]; }
+  void clear();
+
+ private:
+  void note(ElementId element, std::uint16_t property, std::uint32_t record, std::uint32_t sub);
+
+  std::vector<Entry> entries_;
+  std::vector<Step> steps_;
+  std::unordered_map<std::uint64_t, std::uint32_t> byKey_;
+  std::size_t taken_ = 0;
+};
+
+class Change;
+
+/// One outermost transaction's records.
+class UndoLog {
+ public:
+  explicit UndoLog(ModelImpl& owner) : model(owner) {}
+
+  bool empty() const { return records.empty(); }
+  /// Adds a record; may throw std::bad_alloc, so it stands before the change.
+  void add(const UndoRecord& record) { records.push_back(record); }
+  /// Whether the newest record is the creation of this very element, so that undoing the creation
+  /// undoes all that happens to it now.
+  bool coversNew(ElementId element) const {
+    return !records.empty() && records.back().kind == UndoKind::kCreate &&
+           newestId_ == element;
+  }
+  void noteCreated(ElementId element, std::uint32_t cellUnits, bool mayExtend);
+  void noteSet(UndoKind kind, ElementId element, std::uint16_t property, std::uint64_t old,
+               std::size_t mark);
+  void noteInsert(ElementId element, std::uint16_t property, std::uint32_t position,
+                  std::size_t mark);
+  /// The up-to-date index of the log; drop it when records are taken back.
+  ChangeIndex& index();
+  void dropIndex() { indexed_ = false; }
+  void clear();
+
+  ModelImpl& model;
+  std::vector<UndoRecord> records;
+  std::vector<Change> changes;  ///< room for the change set, kept between commits
+
+ private:
+  ElementId newestId_ = kNoElement;
+  bool indexed_ = false;
+  ChangeIndex index_;
+};
+
+}  // namespace mf::zero
