@@ -1,6 +1,13 @@
 // What a user writes after installing: only installed headers, only imported targets.
-#if __has_include("host/vexal.h")
-#include "host/vexal.h"
-#endif
+#include <cstdio>
+#include <string>
 
-int main() { return 0; }
+#include "host/vexal.h"
+
+int main() {
+  vexal::start();
+  const auto array = vexal::createDouble(42.0);
+  const double value = vexal::elements<double>(array.get())[0];
+  std::printf("the installed host %s holds %g\n", std::string(vexal::version()).c_str(), value);
+  return value == 42.0 ? 0 : 1;
+}
