@@ -112,7 +112,7 @@ class MF0_API Value {
   }
   Value(ValueMeta meta, std::uint64_t bits) : meta_(meta), bits_(bits) {}
   void release();
-  ModelElement element() const;
+  ElementImpl* element() const { return reinterpret_cast<ElementImpl*>(bits_); }
   std::u16string text() const;
   [[noreturn]] static void raiseIncompatible(const ValueMeta& wanted);
 
@@ -153,7 +153,7 @@ T Value::getValue() const {
   } else if constexpr (std::is_same_v<T, const vxArray*>) {
     return reinterpret_cast<const vxArray*>(bits_);
   } else if constexpr (std::is_same_v<T, ModelElement>) {
-    return element();
+    return T(element());
   } else {
     return static_cast<T>(static_cast<std::int64_t>(bits_));
   }
