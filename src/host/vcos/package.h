@@ -52,7 +52,8 @@ class VEXAL_API COSPackage {
   static COSPackage* addPackage(std::unique_ptr<COSPackageInfo> info);
 
   /// The package of that full name, loaded by the package above it when it is not known
-  /// yet; null when there is none.
+  /// yet; null when there is none. What a hook looks up while it loads is not passed on
+  /// to the same package again.
   static COSPackage* getPackage(std::string_view name);
 
   COSPackage(const COSPackage&) = delete;
@@ -69,6 +70,7 @@ class VEXAL_API COSPackage {
 
   std::unique_ptr<COSPackageInfo> info_;
   COSPackage* parent_;
+  bool isLoading_ = false;
 };
 
 }  // namespace vcos

@@ -1,0 +1,32 @@
+// The functions that the host brings along.
+#include "host/fullfact.h"
+#include "host/function.h"
+#include "host/install.h"
+#include "host/messages.h"
+#include "host/object.h"
+#include "host/text.h"
+
+namespace vexal::detail {
+namespace {
+
+void fullfact(Call& call) { call.setOutput(0, fullFactorial(call.input(0))); }
+
+// Whether an object's class has a method of that name; nothing else has methods.
+void isMethod(Call& call) {
+  const std::string name = toUtf8(charText(call.input(1)));
+  const bool isObject = isClass(call.input(0), ClassId::Object);
+  call.setOutput(0, createLogical(isObject && hasMethod(className(call.input(0)), name)));
+}
+
+// Reached only by what has no method "random" of its own.
+void randomOfOther(Call& call) { fail("NotADistribution", {describe(call.input(0))}); }
+
+}  // namespace
+
+void installBuiltins() {
+  defineFunction("kxsim.design.fullfact", {{1, 1, 1}, fullfact});
+  defineFunction("ismethod", {{2, 2, 1}, isMethod});
+  defineFunction("random", {{1, Arity::kAny, 1}, randomOfOther});
+}
+
+}  // namespace vexal::detail

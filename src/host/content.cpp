@@ -1,0 +1,206 @@
+#include "host/content.h"
+
+#include "host/object.h"
+#include "host/pool.h"
+#include "host/text.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+
+namespace vexal::detail {
+namespace {
+
+// Enough for a 1-by-1 double, of which studies hold millions.
+constexpr std::size_t kSmallSize = sizeof(Content) + 2 * sizeof(std::size_t) + sizeof(double);
+static_assert(sizeof(Content) == 8 && kSmallSize == 32);
+
+constinit Pool<kSmallSize> smallBlocks;
+constinit std::size_t contentCount = 0;
+
+// What cells and fields hold until they are given something.
+struct EmptyDouble {
+  Content content{kImmortal, ClassId::Double, false, 2};
+  std::size_t dims[2]{0, 0};
+};
+constinit EmptyDouble emptyDouble;
+
+constexpr std::size_t elementSize(ClassId classId) noexcept {
+  switch (classId) {
+    case ClassId::Double: return sizeof(double);
+    case ClassId::Logical: return sizeof(bool);
+    case ClassId::Char: return sizeof(char16_t);
+    case ClassId::Int32: return sizeof(std::int32_t);
+    default: return sizeof(vxArray);
+  }
+}
+
+// Trailing dimensions of 1 are not kept: 3-by-2-by-1 is 3-by-2.
+Dims significant(Dims dims) {
+  if (dims.size() < 2) fail("TooFewDimensions", {std::to_string(dims.size())});
+  while (dims.size() > 2 && dims.back() == 1) dims = dims.first(dims.size() - 1);
+  if (dims.size() > std::numeric_limits<std::uint16_t>::max()) {
+    fail("TooManyDimensions", {std::to_string(dims.size())});
+  }
+  return dims;
+}
+
+// offset + unit * (product of the dimensions), refused when it does not fit.
+std::size_t checkedSize(std::size_t offset, std::size_t unit, Dims dims) {
+  constexpr auto kLimit = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+  std::size_t count = std::ranges::count(dims, std::size_t{0}) > 0 ? 0 : 1;
+  std::size_t size = 0;
+  bool isTooLarge = false;
+  for (const std::size_t dim : dims) {
+    isTooLarge |= count > 0 && __builtin_mul_overflow(count, dim, &count);
+  }
+  isTooLarge |= __builtin_mul_overflow(count, unit, &size);
+  isTooLarge |= __builtin_add_overflow(size, offset, &size);
+  if (isTooLarge || size > kLimit) fail("TooManyElements", {sizeInWords(dims)});
+  return size;
+}
+
+std::size_t offsetOfElements(const Content& head, std::size_t rank) noexcept {
+  return sizeof(Content) + rank * sizeof(std::size_t) + (head.hasRecord() ? sizeof(Record) : 0);
+}
+
+// The array elements that belong to one element: a cell's one, a struct's field values.
+std::size_t childrenPerElement(const Content& content) noexcept {
+  const bool holdsFields = content.hasRecord() && !content.isObjectArray;
+  if (holdsFields) return recordOf(content).names->size();
+  return content.classId == ClassId::Cell || content.isObjectArray ? 1 : 0;
+}
+
+std::size_t bytesPerElement(const Content& content) noexcept {
+  const bool holdsArrays = content.hasRecord() || content.classId == ClassId::Cell;
+  return holdsArrays ? childrenPerElement(content) * sizeof(vxArray) : elementSize(content.classId);
+}
+
+std::size_t bytesOfElements(const Content& content) noexcept {
+  return countOf(content) * bytesPerElement(content);
+}
+
+// A block with its dimensions and the given bytes for each element, which are not set.
+ContentRef newBlock(ClassId classId, bool isObjectArray, Dims given, std::size_t unit, Fill fill) {
+  requireHostThread();
+  const Dims dims = significant(given);
+  Content head{1, classId, isObjectArray, static_cast<std::uint16_t>(dims.size())};
+  const std::size_t offset = offsetOfElements(head, dims.size());
+  const std::size_t size = checkedSize(offset, unit, dims);
+  void* memory = nullptr;
+  if (size <= kSmallSize) {
+    memory = smallBlocks.take();
+    if (fill == Fill::Zero) std::memset(static_cast<std::byte*>(memory) + offset, 0, size - offset);
+  } else {
+    memory = fill == Fill::Zero ? std::calloc(size, 1) : std::malloc(size);
+    if (memory == nullptr) fail("OutOfMemory");
+  }
+  Content* const content = new (memory) Content(head);
+  std::ranges::copy(dims, dimsOf(content));
+  ++contentCount;
+  return ContentRef(content);
+}
+
+void freeBlock(Content* content) noexcept {
+  const std::size_t size = offsetOfElements(*content, content->rank) + bytesOfElements(*content);
+  if (content->hasRecord()) recordOf(content).~Record();
+  --contentCount;
+  size <= kSmallSize ? smallBlocks.give(content) : std::free(content);
+}
+
+void fillWith(std::span<vxArray> children, Content* initial) noexcept {
+  for (vxArray& child : children) {
+    child = {share(initial), static_cast<std::uintptr_t>(Role::Element)};
+  }
+}
+
+bool dropReference(Content* content) noexcept {
+  return content->references != kImmortal && --content->references == 0;
+}
+
+// Content that is about to be freed waits in a list linked through a child's tag, so that
+// nesting of any depth needs no stack. Only content with children is ever linked.
+void freeDead(Content* content) noexcept {
+  Content* waiting = nullptr;
+  for (;;) {
+    for (const vxArray& child : childrenOf(content)) {
+      if (!dropReference(child.content)) continue;
+      const std::span<vxArray> grandchildren = childrenOf(child.content);
+      if (grandchildren.empty()) {
+        freeDead(child.content);
+      } else {
+        grandchildren[0].tag = reinterpret_cast<std::uintptr_t>(waiting);
+        waiting = child.content;
+      }
+    }
+    freeBlock(content);
+    if (waiting == nullptr) return;
+    content = waiting;
+    waiting = reinterpret_cast<Content*>(childrenOf(content)[0].tag);
+  }
+}
+
+}  // namespace
+
+std::span<vxArray> childrenOf(Content* content) noexcept {
+  return {static_cast<vxArray*>(elementsOf(content)),
+          countOf(*content) * childrenPerElement(*content)};
+}
+
+void release(Content* content) noexcept {
+  if (dropReference(content)) freeDead(content);
+}
+
+std::size_t liveContents() noexcept { return contentCount; }
+
+ContentRef newPlainContent(ClassId classId, Dims dims, Fill fill) {
+  return newBlock(classId, false, dims, elementSize(classId), fill);
+}
+
+ContentRef newCellContent(Dims dims) {
+  ContentRef content = newBlock(ClassId::Cell, false, dims, sizeof(vxArray), Fill::None);
+  fillWith(childrenOf(content.get()), &emptyDouble.content);
+  return content;
+}
+
+ContentRef newRecordContent(ClassId classId, Dims dims, Record record) {
+  const std::size_t unit = sizeof(vxArray) * record.names->size();
+  ContentRef content = newBlock(classId, false, dims, unit, Fill::None);
+  new (&recordOf(content.get())) Record(std::move(record));
+  fillWith(childrenOf(content.get()), &emptyDouble.content);
+  return content;
+}
+
+ContentRef newObjectArrayContent(const HostClass& hostClass, Dims dims, Content* initial) {
+  ContentRef content = newBlock(ClassId::Object, true, dims, sizeof(vxArray), Fill::None);
+  new (&recordOf(content.get())) Record{&hostClass, nullptr, nullptr};
+  fillWith(childrenOf(content.get()), initial);
+  return content;
+}
+
+ContentRef cloneContent(const Content& content) {
+  ContentRef clone = newBlock(content.classId, content.isObjectArray, dimsOf(content),
+                              bytesPerElement(content), Fill::None);
+  if (content.hasRecord()) new (&recordOf(clone.get())) Record(recordOf(content));
+  const std::size_t bytes = bytesOfElements(content);
+  if (bytes > 0) std::memcpy(elementsOf(clone.get()), elementsOf(content), bytes);
+  for (const vxArray& child : childrenOf(content)) share(child.content);
+  return clone;
+}
+
+Content* uniqueContentOf(vxArray* array) {
+  const Content& content = contentOf(array);
+  if (content.references != 1) replaceContent(array, cloneContent(content));
+  return array->content;
+}
+
+void failWrongClass(std::string_view expected, const vxArray* given) {
+  fail("WrongClass", {expected, describe(given)});
+}
+
+void requireIndex(std::size_t index, std::size_t count) {
+  if (index >= count) fail("IndexOutOfRange", {std::to_string(index), std::to_string(count)});
+}
+
+}  // namespace vexal::detail

@@ -1,0 +1,182 @@
+// The content of arrays: counted blocks that copies share.
+//
+// A vxArray is a header of two words that refers to a content block. A block is one
+// allocation: class and count, the dimensions, for structs and objects a Record, then
+// the elements. Elements that are arrays are headers lying in the block itself, so a cell
+// costs 16 bytes per element and its elements can be lent out as arrays.
+#pragma once
+
+#include "host/array.h"
+#include "host/messages.h"
+#include "host/thread.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vexal {
+class NativePayload;
+}
+
+namespace vexal::detail {
+
+struct HostClass;
+struct Content;
+
+using FieldNames = std::vector<std::string>;
+
+/// What an array was handed out as; kept in the low bits of its header's tag.
+enum class Role : std::uintptr_t { Free, Plain, Property, Element, Released, PropertyReleased };
+
+}  // namespace vexal::detail
+
+struct vxArray {
+  vexal::detail::Content* content;
+  std::uintptr_t tag;
+};
+
+namespace vexal::detail {
+
+struct Content {
+  std::uint32_t references;
+  ClassId classId;
+  bool isObjectArray;  // elements are objects of their own, as in a cell
+  std::uint16_t rank;
+  // std::size_t[rank], then a Record if hasRecord(), then the elements
+
+  bool hasRecord() const noexcept {
+    return classId == ClassId::Struct || classId == ClassId::Object;
+  }
+};
+
+/// What structs and objects have besides their elements.
+struct Record {
+  const HostClass* hostClass = nullptr;     // null for structs
+  std::shared_ptr<const FieldNames> names;  // null for object arrays
+  std::shared_ptr<NativePayload> payload;   // objects only
+};
+
+/// A count that has come this far stays: such content lives for ever.
+inline constexpr std::uint32_t kImmortal = 0xffffffff;
+
+// Access within a block ---------------------------------------------------------------
+
+inline std::size_t* dimsOf(Content* content) noexcept {
+  return reinterpret_cast<std::size_t*>(content + 1);
+}
+inline Dims dimsOf(const Content& content) noexcept {
+  return {reinterpret_cast<const std::size_t*>(&content + 1), content.rank};
+}
+inline std::size_t countOf(const Content& content) noexcept {
+  std::size_t count = 1;
+  for (const std::size_t dim : dimsOf(content)) count *= dim;
+  return count;
+}
+inline std::byte* afterDims(Content* content) noexcept {
+  return reinterpret_cast<std::byte*>(dimsOf(content) + content->rank);
+}
+inline Record& recordOf(Content* content) noexcept {
+  return *reinterpret_cast<Record*>(afterDims(content));
+}
+inline const Record& recordOf(const Content& content) noexcept {
+  return recordOf(const_cast<Content*>(&content));
+}
+inline void* elementsOf(Content* content) noexcept {
+  return afterDims(content) + (content->hasRecord() ? sizeof(Record) : 0);
+}
+inline const void* elementsOf(const Content& content) noexcept {
+  return elementsOf(const_cast<Content*>(&content));
+}
+
+/// The elements that are arrays: those of cells and object arrays, and field values,
+/// element by element. None for the other classes.
+std::span<vxArray> childrenOf(Content* content) noexcept;
+inline std::span<const vxArray> childrenOf(const Content& content) noexcept {
+  return childrenOf(const_cast<Content*>(&content));
+}
+
+// Counting ----------------------------------------------------------------------------
+
+inline Content* share(Content* content) noexcept {
+  if (content->references != kImmortal) ++content->references;
+  return content;
+}
+
+/// Gives back one reference; frees the block with the last one, however deep it nests.
+void release(Content* content) noexcept;
+
+/// One reference to a content block.
+class ContentRef {
+ public:
+  ContentRef() = default;
+  explicit ContentRef(Content* adopted) noexcept : content_(adopted) {}
+  ContentRef(ContentRef&& other) noexcept : content_(std::exchange(other.content_, nullptr)) {}
+  ContentRef& operator=(ContentRef&& other) noexcept {
+    std::swap(content_, other.content_);
+    return *this;
+  }
+  ~ContentRef() {
+    if (content_ != nullptr) detail::release(content_);
+  }
+  Content* get() const noexcept { return content_; }
+  Content* operator->() const noexcept { return content_; }
+  Content* release() noexcept { return std::exchange(content_, nullptr); }
+
+ private:
+  Content* content_ = nullptr;
+};
+
+/// The content blocks in existence.
+std::size_t liveContents() noexcept;
+
+// Making ------------------------------------------------------------------------------
+
+enum class Fill { Zero, None };
+
+/// A block of numbers, logicals or characters.
+ContentRef newPlainContent(ClassId classId, Dims dims, Fill fill);
+
+/// A block of arrays, every one an empty 0-by-0 double (or sharing `initial`).
+ContentRef newCellContent(Dims dims);
+ContentRef newRecordContent(ClassId classId, Dims dims, Record record);
+ContentRef newObjectArrayContent(const HostClass& hostClass, Dims dims, Content* initial);
+
+/// A block of its own with the same content.
+ContentRef cloneContent(const Content& content);
+
+// Headers -----------------------------------------------------------------------------
+
+/// A new array that holds the content.
+vxArray* newHeader(ContentRef content, Role role);
+inline ArrayPtr newArray(ContentRef content) {
+  return ArrayPtr(newHeader(std::move(content), Role::Plain));
+}
+
+/// The content of an array that is there, on the host's thread.
+inline const Content& contentOf(const vxArray* array) {
+  requireHostThread();
+  if (array == nullptr) [[unlikely]] fail("NullArray");
+  return *array->content;
+}
+
+/// The content for changing, parted from its copies.
+Content* uniqueContentOf(vxArray* array);
+
+/// Puts another content in the place of the array's own.
+inline void replaceContent(vxArray* array, ContentRef content) noexcept {
+  ContentRef old(std::exchange(array->content, content.release()));
+}
+
+// Errors ------------------------------------------------------------------------------
+
+/// "2-by-3".
+std::string sizeInWords(Dims dims);
+
+[[noreturn]] void failWrongClass(std::string_view expected, const vxArray* given);
+void requireIndex(std::size_t index, std::size_t count);
+
+}  // namespace vexal::detail

@@ -1,0 +1,85 @@
+// The host's own messages, each written once. fail("NullArray") is checked at compile
+// time: a key without a text does not build.
+#pragma once
+
+#include "host/diagnostic.h"
+
+#include <initializer_list>
+#include <string_view>
+
+namespace vexal::detail {
+
+inline constexpr std::string_view kHostCatalog = "Vexal:host";
+inline constexpr std::string_view kClassCatalog = "Vexal:class";
+
+inline constexpr MessageText kHostTexts[] = {
+    {"CallDepthExceeded", "The call of '{0}' nests more than {1} calls deep."},
+    {"FixedObject", "The fields of a {0} cannot be changed: it stands for a native value."},
+    {"FunctionFailed", "The function '{0}' failed: {1}"},
+    {"IndexOutOfRange", "Index {0} is past the end: there are {1} elements, counted from 0."},
+    {"InvalidDistribution", "{0}: {1}"},
+    {"InvalidFieldName", "'{0}' cannot be a field name: it is empty or already taken."},
+    {"InvalidFunction", "The function '{0}' needs a name and a body."},
+    {"InvalidLevelCount",
+     "Level count {0} is {1}: a full factorial needs whole numbers that are not negative."},
+    {"InvalidSize", "{0} is not a size: a size is a whole number that is not negative."},
+    {"InvalidUtf16", "The text is not well-formed UTF-16: unpaired surrogate at index {0}."},
+    {"InvalidUtf8", "The text is not well-formed UTF-8: bad byte at index {0}."},
+    {"NoSuchField", "There is no field '{0}' in a {1}."},
+    {"NotADistribution",
+     "'random' needs a distribution, an object whose class has a method 'random'; given was: {0}."},
+    {"NotARowVector", "'{0}' needs a row vector of doubles; given was: {1}."},
+    {"NotAScalar", "Input {1} of '{0}' must be one number; given was: {2}."},
+    {"NotText", "Expected a row of characters; given was: {0}."},
+    {"NullArray", "An array was expected where there is none."},
+    {"OutOfMemory", "There is not enough memory."},
+    {"OutputNotSet", "The function '{0}' did not give its output {1}."},
+    {"TooFewDimensions", "An array has at least two dimensions; given were {0}."},
+    {"TooFewInputs", "The function '{0}' needs at least {1} inputs; given were {2}."},
+    {"TooManyCombinations", "A full factorial of {0} factors has more combinations than fit."},
+    {"TooManyDimensions", "An array of {0} dimensions is not supported."},
+    {"TooManyElements", "An array of size {0} is larger than can be addressed."},
+    {"TooManyInputs", "The function '{0}' takes at most {1} inputs; given were {2}."},
+    {"TooManyOutputs", "The function '{0}' has at most {1} outputs; asked for were {2}."},
+    {"UnknownError", "A host call failed without saying why."},
+    {"UnknownFunction", "There is no function '{0}'."},
+    {"WrongClass", "Expected a {0} array; given was: {1}."},
+    {"WrongThread", "The host was used from a thread other than its own."},
+};
+
+inline constexpr MessageText kClassTexts[] = {
+    {"ClassExists", "The class '{0}' is already defined."},
+    {"ElementClass", "A {0} cannot be an element of a {1}."},
+    {"InvalidHandle", "The object no longer refers to a live element."},
+    {"InvalidName", "'{0}' is not a name for a class, method or package."},
+    {"MethodExists", "The class '{0}' already has a method '{1}'."},
+    {"NameExists", "'{0}' is already defined."},
+    {"NotAnObject", "Expected a 1-by-1 object; given was: {0}."},
+    {"UnknownClass", "There is no class '{0}'."},
+    {"UnknownParentPackage", "The package '{1}', which is to hold '{0}', is not known."},
+};
+
+/// A key of the two tables above.
+class Key {
+ public:
+  consteval Key(const char* key) : id_{catalogOf(key), key} {}
+  constexpr MessageId id() const { return id_; }
+
+ private:
+  static consteval std::string_view catalogOf(std::string_view key) {
+    for (const MessageText& entry : kHostTexts) {
+      if (entry.key == key) return kHostCatalog;
+    }
+    for (const MessageText& entry : kClassTexts) {
+      if (entry.key == key) return kClassCatalog;
+    }
+    throw "the key has no text";
+  }
+  MessageId id_;
+};
+
+[[noreturn]] inline void fail(Key key, std::initializer_list<std::string_view> arguments = {}) {
+  raise(key.id(), arguments);
+}
+
+}  // namespace vexal::detail

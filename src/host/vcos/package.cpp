@@ -1,0 +1,113 @@
+#include "host/vcos/package.h"
+
+#include "host/messages.h"
+#include "host/thread.h"
+
+#include <map>
+
+namespace vcos {
+namespace {
+
+using vexal::detail::fail;
+
+// Never destroyed: packages last as long as the process.
+std::map<std::string, std::unique_ptr<COSPackage>, std::less<>>& packages() {
+  static auto& table = *new std::map<std::string, std::unique_ptr<COSPackage>, std::less<>>;
+  return table;
+}
+
+COSPackage* find(std::string_view name) {
+  const auto found = packages().find(name);
+  return found == packages().end() ? nullptr : found->second.get();
+}
+
+// "a.b" of "a.b.c"; empty for a root.
+std::string_view parentName(std::string_view name) {
+  const std::size_t dot = name.rfind('.');
+  return dot == std::string_view::npos ? std::string_view() : name.substr(0, dot);
+}
+
+std::string_view shortName(std::string_view name) {
+  return name.substr(name.rfind('.') + 1);  // npos + 1 is 0
+}
+
+bool isWellFormed(std::string_view name) {
+  const bool hasEmptyEnd = name.empty() || name.front() == '.' || name.back() == '.';
+  return !hasEmptyEnd && name.find("..") == std::string_view::npos;
+}
+
+// Marks a package whose hook is running.
+class LoadingScope {
+ public:
+  explicit LoadingScope(bool& isLoading) : isLoading_(isLoading) { isLoading_ = true; }
+  ~LoadingScope() { isLoading_ = false; }
+  LoadingScope(const LoadingScope&) = delete;
+  LoadingScope& operator=(const LoadingScope&) = delete;
+
+ private:
+  bool& isLoading_;
+};
+
+void removeTree(const std::string& name) {
+  std::erase_if(packages(), [&](const auto& entry) {
+    return entry.first == name || entry.first.starts_with(name + '.');
+  });
+}
+
+}  // namespace
+
+COSPackageInfo::COSPackageInfo(std::string name) : name_(std::move(name)) {}
+
+COSPackageInfo::~COSPackageInfo() = default;
+
+void COSPackageInfo::initializePackage(COSPackage*) {}
+
+bool COSPackageInfo::attemptToLoadClass(COSPackage*, std::string_view) { return false; }
+bool COSPackageInfo::attemptToLoadSubPackage(COSPackage*, std::string_view) { return false; }
+bool COSPackageInfo::attemptToLoadFunction(COSPackage*, std::string_view) { return false; }
+bool COSPackageInfo::attemptToLoadType(COSPackage*, std::string_view) { return false; }
+
+void COSPackageInfo::throwErrorForDefinitionOfExistingName(std::string_view name) const {
+  fail("NameExists", {name});
+}
+
+COSPackage::COSPackage(std::unique_ptr<COSPackageInfo> info, COSPackage* parent)
+    : info_(std::move(info)), parent_(parent) {}
+
+COSPackage::~COSPackage() = default;
+
+COSPackage* COSPackage::addPackage(std::unique_ptr<COSPackageInfo> info) {
+  vexal::detail::requireHostThread();
+  const std::string name = info->name();
+  if (!isWellFormed(name)) fail("InvalidName", {name});
+  COSPackage* const parent = find(parentName(name));
+  if (parent == nullptr && !parentName(name).empty()) {
+    fail("UnknownParentPackage", {name, parentName(name)});
+  }
+  if (const COSPackage* const existing = find(name)) {
+    const COSPackage& refusing = parent != nullptr ? *parent : *existing;
+    refusing.info().throwErrorForDefinitionOfExistingName(name);
+  }
+  std::unique_ptr<COSPackage> owned(new COSPackage(std::move(info), parent));
+  COSPackage* const package = packages().emplace(name, std::move(owned)).first->second.get();
+  try {
+    package->info_->initializePackage(package);
+  } catch (...) {
+    removeTree(name);
+    throw;
+  }
+  return package;
+}
+
+COSPackage* COSPackage::getPackage(std::string_view name) {
+  vexal::detail::requireHostThread();
+  if (COSPackage* const known = find(name)) return known;
+  if (parentName(name).empty()) return nullptr;
+  COSPackage* const parent = getPackage(parentName(name));
+  if (parent == nullptr || parent->isLoading_) return nullptr;
+  const LoadingScope loading(parent->isLoading_);
+  const bool isLoaded = parent->info_->attemptToLoadSubPackage(parent, shortName(name));
+  return isLoaded ? find(name) : nullptr;
+}
+
+}  // namespace vcos
