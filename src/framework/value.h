@@ -100,7 +100,7 @@ class MF0_API Value {
   template <class T>
   static ValueMeta metaOf();
 
-  /// The eight raw bytes; for the runtime.
+  /// The eight raw bytes: the number itself, or the address of what is shared. For the runtime.
   std::uint64_t bits() const { return bits_; }
 
  private:
@@ -113,6 +113,7 @@ class MF0_API Value {
   Value(ValueMeta meta, std::uint64_t bits) : meta_(meta), bits_(bits) {}
   void release();
   ElementImpl* element() const { return reinterpret_cast<ElementImpl*>(bits_); }
+  const vxArray* array() const;
   std::u16string text() const;
   [[noreturn]] static void raiseIncompatible(const ValueMeta& wanted);
 
@@ -151,7 +152,7 @@ T Value::getValue() const {
   } else if constexpr (std::is_same_v<T, std::u16string>) {
     return text();
   } else if constexpr (std::is_same_v<T, const vxArray*>) {
-    return reinterpret_cast<const vxArray*>(bits_);
+    return array();
   } else if constexpr (std::is_same_v<T, ModelElement>) {
     return T(element());
   } else {
