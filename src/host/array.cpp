@@ -1,10 +1,10 @@
 // Headers of arrays: making, counting and releasing them, on and off the host's thread.
 #include "host/array.h"
 
-#include "host/content.h"
-#include "host/pool.h"
-
 #include <atomic>
+
+#include "host/detail/content.h"
+#include "host/detail/pool.h"
 
 namespace vexal {
 namespace detail {
@@ -83,7 +83,8 @@ void releaseAs(Role role, vxArray* array) noexcept {
 }  // namespace
 
 vxArray* newHeader(ContentRef content, Role role) {
-  if (putAside.load(std::memory_order_relaxed) != nullptr) [[unlikely]] releasePutAside();
+  if (putAside.load(std::memory_order_relaxed) != nullptr) [[unlikely]]
+    releasePutAside();
   void* const memory = headers.take();
   countNew(role);
   return new (memory) vxArray{content.release(), static_cast<std::uintptr_t>(role)};

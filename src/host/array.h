@@ -15,14 +15,14 @@
 // "Vexal:host:OutOfMemory". A failed operation changes nothing.
 #pragma once
 
-#include "host/export.h"
-
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string_view>
+
+#include "host/export.h"
 
 struct vxArray;
 
@@ -66,12 +66,12 @@ VEXAL_API PropertyArrayPtr copyForProperty(const vxArray* array);
 
 /// What the host has given out and taken back.
 struct ArrayCounts {
-  std::size_t live = 0;                    ///< arrays not yet destroyed, property copies aside
-  std::size_t livePropertyCopies = 0;      ///< property copies not yet released
-  std::size_t contents = 0;                ///< content blocks behind them, each counted once
+  std::size_t live = 0;                ///< arrays not yet destroyed, property copies aside
+  std::size_t livePropertyCopies = 0;  ///< property copies not yet released
+  std::size_t contents = 0;            ///< content blocks behind them, each counted once
   std::uint64_t propertyCopiesMade = 0;
   std::uint64_t propertyCopiesReleased = 0;
-  std::uint64_t misusedReleases = 0;       ///< releases that were refused
+  std::uint64_t misusedReleases = 0;  ///< releases that were refused
   bool operator==(const ArrayCounts&) const = default;
 };
 

@@ -1,11 +1,11 @@
 // Creation of arrays of numbers, and what can be asked of every array.
-#include "host/class_table.h"
-#include "host/content.h"
-
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <vector>
+
+#include "host/detail/class_table.h"
+#include "host/detail/content.h"
 
 namespace vexal {
 namespace {
@@ -73,12 +73,18 @@ bool sameButForChildren(const Content& a, const Content& b) noexcept {
     return false;
   }
   switch (a.classId) {
-    case ClassId::Double: return sameNumbers(a, b);
-    case ClassId::Logical: return sameBytes<bool>(a, b);
-    case ClassId::Char: return sameBytes<char16_t>(a, b);
-    case ClassId::Int32: return sameBytes<std::int32_t>(a, b);
-    case ClassId::Cell: return true;
-    default: return sameRecords(detail::recordOf(a), detail::recordOf(b));
+    case ClassId::Double:
+      return sameNumbers(a, b);
+    case ClassId::Logical:
+      return sameBytes<bool>(a, b);
+    case ClassId::Char:
+      return sameBytes<char16_t>(a, b);
+    case ClassId::Int32:
+      return sameBytes<std::int32_t>(a, b);
+    case ClassId::Cell:
+      return true;
+    default:
+      return sameRecords(detail::recordOf(a), detail::recordOf(b));
   }
 }
 
@@ -86,8 +92,10 @@ bool sameButForChildren(const Content& a, const Content& b) noexcept {
 
 ArrayPtr createArray(ClassId classId, Dims dims) {
   switch (classId) {
-    case ClassId::Object: detail::fail("UnknownClass", {""});
-    case ClassId::Cell: return detail::newArray(detail::newCellContent(dims));
+    case ClassId::Object:
+      detail::fail("UnknownClass", {""});
+    case ClassId::Cell:
+      return detail::newArray(detail::newCellContent(dims));
     case ClassId::Struct: {
       detail::Record record{nullptr, std::make_shared<detail::FieldNames>(), nullptr};
       return detail::newArray(detail::newRecordContent(classId, dims, std::move(record)));

@@ -1,8 +1,8 @@
 // The functions that the host brings along.
-#include "host/fullfact.h"
+#include "host/detail/fullfact.h"
+#include "host/detail/install.h"
+#include "host/detail/messages.h"
 #include "host/function.h"
-#include "host/install.h"
-#include "host/messages.h"
 #include "host/object.h"
 #include "host/text.h"
 

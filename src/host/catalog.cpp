@@ -1,10 +1,10 @@
 // Catalogs in one table, guarded by a lock because errors are raised on every thread.
 #include "host/catalog.h"
 
-#include "host/messages.h"
-
 #include <map>
 #include <mutex>
+
+#include "host/detail/messages.h"
 
 namespace vexal {
 namespace {

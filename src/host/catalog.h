@@ -5,11 +5,11 @@
 // May be used from any thread.
 #pragma once
 
-#include "host/export.h"
-
 #include <span>
 #include <string>
 #include <string_view>
+
+#include "host/export.h"
 
 namespace vexal {
 

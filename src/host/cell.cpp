@@ -1,8 +1,8 @@
 #include "host/cell.h"
 
-#include "host/content.h"
-
 #include <array>
+
+#include "host/detail/content.h"
 
 namespace vexal {
 namespace {

@@ -1,12 +1,12 @@
 // Arrays and numbers in the words of messages.
-#include "host/content.h"
-#include "host/object.h"
-#include "host/record.h"
-#include "host/text.h"
-
 #include <array>
 #include <charconv>
 #include <cmath>
+
+#include "host/detail/content.h"
+#include "host/object.h"
+#include "host/record.h"
+#include "host/text.h"
 
 namespace vexal {
 namespace {

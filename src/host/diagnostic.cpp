@@ -1,6 +1,6 @@
 #include "host/diagnostic.h"
 
-#include "host/messages.h"
+#include "host/detail/messages.h"
 
 namespace vexal {
 

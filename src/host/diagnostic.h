@@ -4,15 +4,15 @@
 // carries one. May be used from any thread.
 #pragma once
 
-#include "host/catalog.h"
-#include "host/export.h"
-
 #include <exception>
 #include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "host/catalog.h"
+#include "host/export.h"
 
 namespace vexal {
 

@@ -1,17 +1,17 @@
 // Distribution objects: host objects whose payload draws.
 #include "host/distribution.h"
 
-#include "host/cell.h"
-#include "host/install.h"
-#include "host/messages.h"
-#include "host/object.h"
-#include "host/record.h"
-#include "host/samplers.h"
-#include "host/text.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
+
+#include "host/cell.h"
+#include "host/detail/install.h"
+#include "host/detail/messages.h"
+#include "host/detail/samplers.h"
+#include "host/object.h"
+#include "host/record.h"
+#include "host/text.h"
 
 namespace vexal {
 namespace {
@@ -100,15 +100,15 @@ void requirePositive(std::string_view className, Parameter parameter) {
 // Also refuses NaN.
 void requireBelow(std::string_view className, double lower, double upper) {
   if (lower < upper) return;
-  refuse(className, "Lower (" + formatNumber(lower) + ") must be below Upper (" +
-                        formatNumber(upper) + ").");
+  refuse(className,
+         "Lower (" + formatNumber(lower) + ") must be below Upper (" + formatNumber(upper) + ").");
 }
 
 std::span<const double> checkedWeights(std::string_view className, const vxArray* weights,
                                        std::size_t count) {
   if (!isClass(weights, ClassId::Double) || elementCount(weights) != count) {
-    refuse(className, "Weights must be " + std::to_string(count) + " numbers, one for each value, " +
-                          "not " + describe(weights) + '.');
+    refuse(className, "Weights must be " + std::to_string(count) +
+                          " numbers, one for each value, " + "not " + describe(weights) + '.');
   }
   const auto data = doubleData(weights);
   const auto isWeight = [](double w) { return w >= 0 && std::isfinite(w); };
@@ -287,10 +287,9 @@ void detail::installDistributions() {
   defineMethod(kDistributionClass, "random", {{1, 3, 1}, drawFrom});
   for (const Maker& maker : kMakers) {
     defineClass(maker.className, kDistributionClass);
-    defineFunction(maker.className, {{maker.minInputs, maker.maxInputs, 1},
-                                     [make = maker.make](Call& call) {
-                                       call.setOutput(0, make(call));
-                                     }});
+    defineFunction(maker.className,
+                   {{maker.minInputs, maker.maxInputs, 1},
+                    [make = maker.make](Call& call) { call.setOutput(0, make(call)); }});
   }
 }
 

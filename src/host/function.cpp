@@ -1,12 +1,12 @@
 // Calls by name: dispatch, checks, and the turning of every exception into a diagnostic.
 #include "host/function.h"
 
-#include "host/class_table.h"
-#include "host/content.h"
-#include "host/messages.h"
-
 #include <algorithm>
 #include <new>
+
+#include "host/detail/class_table.h"
+#include "host/detail/content.h"
+#include "host/detail/messages.h"
 
 namespace vexal {
 namespace {

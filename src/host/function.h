@@ -5,10 +5,6 @@
 // (object.h), then in the table.
 #pragma once
 
-#include "host/array.h"
-#include "host/diagnostic.h"
-#include "host/export.h"
-
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
@@ -18,6 +14,10 @@
 #include <span>
 #include <string>
 #include <string_view>
+
+#include "host/array.h"
+#include "host/diagnostic.h"
+#include "host/export.h"
 
 namespace vexal {
 

@@ -1,11 +1,11 @@
 // Objects and object arrays.
 #include "host/object.h"
 
-#include "host/class_table.h"
-#include "host/content.h"
-#include "host/text.h"
-
 #include <algorithm>
+
+#include "host/detail/class_table.h"
+#include "host/detail/content.h"
+#include "host/text.h"
 
 namespace vexal {
 namespace {

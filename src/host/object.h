@@ -8,11 +8,11 @@
 // "Vexal:class:UnknownClass" for a class name that nobody has defined.
 #pragma once
 
-#include "host/array.h"
-#include "host/function.h"
-
 #include <memory>
 #include <string>
+
+#include "host/array.h"
+#include "host/function.h"
 
 namespace vexal {
 

@@ -1,9 +1,9 @@
 #include "host/random.h"
 
-#include "host/thread.h"
-
 #include <cmath>
 #include <numbers>
+
+#include "host/detail/thread.h"
 
 namespace vexal {
 namespace {

@@ -5,11 +5,11 @@
 // needs exp or log is the math library's.)
 #pragma once
 
-#include "host/export.h"
-
 #include <array>
 #include <bit>
 #include <cstdint>
+
+#include "host/export.h"
 
 namespace vexal {
 

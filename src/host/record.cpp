@@ -1,10 +1,10 @@
 #include "host/record.h"
 
-#include "host/class_table.h"
-#include "host/content.h"
-
 #include <algorithm>
 #include <array>
+
+#include "host/detail/class_table.h"
+#include "host/detail/content.h"
 
 namespace vexal {
 namespace {

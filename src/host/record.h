@@ -2,9 +2,9 @@
 // a struct array has its fields in every element, an object has one element only.
 #pragma once
 
-#include "host/array.h"
-
 #include <string>
+
+#include "host/array.h"
 
 namespace vexal {
 

@@ -1,8 +1,8 @@
 #include "host/runtime.h"
 
-#include "host/install.h"
-#include "host/messages.h"
-#include "host/thread.h"
+#include "host/detail/install.h"
+#include "host/detail/messages.h"
+#include "host/detail/thread.h"
 
 namespace vexal::detail {
 

@@ -5,9 +5,9 @@
 // "Vexal:host:WrongThread"; only releasing an array is allowed there (array.h).
 #pragma once
 
-#include "host/export.h"
-
 #include <string_view>
+
+#include "host/export.h"
 
 namespace vexal {
 

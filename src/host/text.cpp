@@ -1,10 +1,10 @@
 // Conversions between the two encodings, and character arrays.
 #include "host/text.h"
 
-#include "host/content.h"
-
 #include <algorithm>
 #include <array>
+
+#include "host/detail/content.h"
 
 namespace vexal {
 namespace {

@@ -2,10 +2,10 @@
 // which messages speak of an array.
 #pragma once
 
-#include "host/array.h"
-
 #include <string>
 #include <string_view>
+
+#include "host/array.h"
 
 namespace vexal {
 

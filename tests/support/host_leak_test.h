@@ -2,9 +2,9 @@
 // over, every property copy was released exactly once and by the property-array deleter.
 #pragma once
 
-#include "host/array.h"
-
 #include <gtest/gtest.h>
+
+#include "host/array.h"
 
 namespace vexal::testing {
 

@@ -1,9 +1,9 @@
 #include "host/vcos/package.h"
 
-#include "host/messages.h"
-#include "host/thread.h"
-
 #include <map>
+
+#include "host/detail/messages.h"
+#include "host/detail/thread.h"
 
 namespace vcos {
 namespace {

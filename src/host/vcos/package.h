@@ -3,11 +3,11 @@
 // belongs to the host's thread.
 #pragma once
 
-#include "host/export.h"
-
 #include <memory>
 #include <string>
 #include <string_view>
+
+#include "host/export.h"
 
 namespace vcos {
 

@@ -1,8 +1,4 @@
-#include "host/fullfact.h"
-
-#include "host/content.h"
-#include "host/messages.h"
-#include "host/text.h"
+#include "host/detail/fullfact.h"
 
 #include <algorithm>
 #include <array>
@@ -10,12 +6,16 @@
 #include <limits>
 #include <vector>
 
+#include "host/detail/content.h"
+#include "host/detail/messages.h"
+#include "host/text.h"
+
 namespace vexal::detail {
 namespace {
 
 std::span<const double> levelCountsOf(const vxArray* array) {
-  const bool isRow = isClass(array, ClassId::Double) && dimensions(array).size() == 2 &&
-                     dimensions(array)[0] == 1;
+  const bool isRow =
+      isClass(array, ClassId::Double) && dimensions(array).size() == 2 && dimensions(array)[0] == 1;
   if (!isRow) fail("NotARowVector", {"kxsim.design.fullfact", describe(array)});
   return doubleData(array);
 }

@@ -1,4 +1,4 @@
-#include "host/samplers.h"
+#include "host/detail/samplers.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,13 +3,13 @@
 // classes are ever removed.
 #pragma once
 
-#include "host/function.h"
-
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
+
+#include "host/function.h"
 
 namespace vexal::detail {
 
@@ -46,6 +46,7 @@ Symbol& symbolFor(std::string_view name);
 /// The class of that name, or null; the second raises "Vexal:class:UnknownClass".
 const HostClass* findClass(std::string_view name);
 HostClass& requireClass(std::string_view name);
+HostClass& addClass(std::string_view name, const HostClass* superclass);
 
 /// The method that objects of the class answer the name with, or null.
 const std::shared_ptr<const HostFunction>* findMethod(const HostClass* hostClass,
@@ -54,6 +55,7 @@ const std::shared_ptr<const HostFunction>* findMethod(const HostClass* hostClass
 bool isOrDerives(const HostClass* hostClass, const HostClass* ancestor) noexcept;
 bool isOrDerives(const HostClass* hostClass, std::string_view ancestor) noexcept;
 
+bool isBuiltInClassName(std::string_view name) noexcept;
 std::string_view builtInClassName(ClassId classId) noexcept;
 
 }  // namespace vexal::detail

@@ -1,11 +1,11 @@
 // The mathematics of the distributions: plain values that draw from a generator.
 #pragma once
 
-#include "host/random.h"
-
 #include <cstddef>
 #include <span>
 #include <vector>
+
+#include "host/random.h"
 
 namespace vexal::detail {
 
@@ -55,7 +55,7 @@ class TruncatedNormalSampler {
   double fromExponential(Generator& from) const;
 
   double mean_, deviation_, lower_, upper_;
-  double a_, b_;    // the bounds in standard deviations, mirrored so that a_ >= -b_
+  double a_, b_;  // the bounds in standard deviations, mirrored so that a_ >= -b_
   bool mirrored_;
 };
 

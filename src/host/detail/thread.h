@@ -26,7 +26,8 @@ inline bool onHostThread() noexcept {
 }
 
 inline void requireHostThread() {
-  if (!onHostThread()) [[unlikely]] startOrRefuse();
+  if (!onHostThread()) [[unlikely]]
+    startOrRefuse();
 }
 
 }  // namespace vexal::detail

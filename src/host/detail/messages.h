@@ -2,10 +2,10 @@
 // time: a key without a text does not build.
 #pragma once
 
-#include "host/diagnostic.h"
-
 #include <initializer_list>
 #include <string_view>
+
+#include "host/diagnostic.h"
 
 namespace vexal::detail {
 

@@ -1,13 +1,13 @@
-#include "host/content.h"
-
-#include "host/object.h"
-#include "host/pool.h"
-#include "host/text.h"
+#include "host/detail/content.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
+
+#include "host/detail/pool.h"
+#include "host/object.h"
+#include "host/text.h"
 
 namespace vexal::detail {
 namespace {
@@ -28,11 +28,16 @@ constinit EmptyDouble emptyDouble;
 
 constexpr std::size_t elementSize(ClassId classId) noexcept {
   switch (classId) {
-    case ClassId::Double: return sizeof(double);
-    case ClassId::Logical: return sizeof(bool);
-    case ClassId::Char: return sizeof(char16_t);
-    case ClassId::Int32: return sizeof(std::int32_t);
-    default: return sizeof(vxArray);
+    case ClassId::Double:
+      return sizeof(double);
+    case ClassId::Logical:
+      return sizeof(bool);
+    case ClassId::Char:
+      return sizeof(char16_t);
+    case ClassId::Int32:
+      return sizeof(std::int32_t);
+    default:
+      return sizeof(vxArray);
   }
 }
 

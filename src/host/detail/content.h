@@ -6,10 +6,6 @@
 // costs 16 bytes per element and its elements can be lent out as arrays.
 #pragma once
 
-#include "host/array.h"
-#include "host/messages.h"
-#include "host/thread.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -17,6 +13,10 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "host/array.h"
+#include "host/detail/messages.h"
+#include "host/detail/thread.h"
 
 namespace vexal {
 class NativePayload;
@@ -159,7 +159,8 @@ inline ArrayPtr newArray(ContentRef content) {
 /// The content of an array that is there, on the host's thread.
 inline const Content& contentOf(const vxArray* array) {
   requireHostThread();
-  if (array == nullptr) [[unlikely]] fail("NullArray");
+  if (array == nullptr) [[unlikely]]
+    fail("NullArray");
   return *array->content;
 }
 

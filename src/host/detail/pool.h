@@ -2,10 +2,10 @@
 // stay with the process. For the host's thread only.
 #pragma once
 
-#include "host/messages.h"
-
 #include <cstddef>
 #include <cstdlib>
+
+#include "host/detail/messages.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define VEXAL_ASAN 1
