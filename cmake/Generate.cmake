@@ -20,7 +20,7 @@ function(kxsim_generate)
   set(${arg_OUT_VAR} "" PARENT_SCOPE)
   file(GLOB_RECURSE generator CONFIGURE_DEPENDS
     "${PROJECT_SOURCE_DIR}/generator/*.py" "${PROJECT_SOURCE_DIR}/generator/*.j2")
-  if(NOT arg_SCHEMAS OR NOT generator)
+  if(NOT arg_SCHEMAS OR NOT EXISTS "${PROJECT_SOURCE_DIR}/generator/__main__.py")
     return()
   endif()
 
