@@ -40,8 +40,13 @@ def floor_of(path: str) -> str | None:
     return max(floors, key=len, default=None)
 
 
-def is_allowed(rule: Rule, included: str) -> bool:
-    return included.startswith(rule.allowed) and not included.startswith(rule.refused)
+def is_allowed(floor: str, included: str) -> bool:
+    rule = RULES[floor]
+    if included.startswith(rule.refused) or not included.startswith(rule.allowed):
+        return False
+    # What lies in a folder "detail" is its own floor's business.
+    top = included.partition("/")[0]
+    return "/detail/" not in included or floor.partition("/")[0] == top
 
 
 def violations(root: Path) -> list[str]:
@@ -54,7 +59,7 @@ def violations(root: Path) -> list[str]:
             continue
         text = file.read_text(encoding="utf-8")
         for match in INCLUDE.finditer(text):
-            if not is_allowed(RULES[floor], match[1]):
+            if not is_allowed(floor, match[1]):
                 line = text.count("\n", 0, match.start(1)) + 1
                 found.append(f'{file}:{line}: {floor} may not include "{match[1]}"')
     return found

@@ -24,6 +24,7 @@ def write(root, path, *includes):
         ("design/figures/figure.cpp", "host/vexal.h"),
         ("simmanager/mm/job.cpp", "framework/mi/wrapper.h"),
         ("package/module.cpp", "binding/wrappers.h"),
+        ("binding/wrappers.cpp", "host/detail/pool.h"),
         ("design/iteration.cpp", "iteration.h"),
     ],
 )
@@ -35,7 +36,7 @@ def test_a_forbidden_include_is_named_with_its_line(tmp_path, path, included):
 
 
 def test_includes_sideways_and_down_pass(tmp_path):
-    write(tmp_path, "host/vcos/package.h", "host/array.h")
+    write(tmp_path, "host/vcos/package.h", "host/array.h", "host/detail/pool.h")
     write(tmp_path, "framework/model.h", "framework/meta/registry.h", "host/array.h")
     write(tmp_path, "framework/mi/wrapper.h", "framework/model.h", "host/vcos/package.h")
     write(tmp_path, "design/iteration.cpp", "host/functions.h", "framework/zero.h")
