@@ -1,6 +1,5 @@
 #include "framework/text.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -9,15 +8,25 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-// Eight bytes at a time; good enough to spread a few hundred texts.
+// Eight bytes at a time, the last ones overlapping; good enough to spread a few hundred texts.
 std::size_t hashOf(std::u16string_view text) {
   constexpr std::uint64_t kFactor = 0x9e3779b97f4a7c15U;
   std::uint64_t hash = text.size();
-  for (; !text.empty(); text.remove_prefix(std::min<std::size_t>(4, text.size()))) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, text.data(), 2 * std::min<std::size_t>(4, text.size()));
+  const auto mix = [&hash](std::uint64_t word) {
     hash = (hash ^ word) * kFactor;
     hash ^= hash >> 32;
+  };
+  const auto mixFour = [&mix](const char16_t* units) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, units, sizeof word);
+    mix(word);
+  };
+  if (text.size() < 4) {
+    for (const char16_t unit : text) mix(unit);
+  } else {
+    const char16_t* const last = text.data() + text.size() - 4;
+    for (const char16_t* at = text.data(); at < last; at += 4) mixFour(at);
+    mixFour(last);
   }
   return static_cast<std::size_t>(hash);
 }

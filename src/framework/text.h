@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -38,10 +39,10 @@ class MF0_API Text {
   const std::u16string& str() const { return rep_ ? rep_->text : emptyText(); }
   bool empty() const { return rep_ == nullptr; }
   bool operator==(const Text& other) const {
-    return rep_ == other.rep_ || (rep_ && other.rep_ && rep_->text == other.rep_->text);
+    return rep_ == other.rep_ || (rep_ && other.rep_ && same(rep_->text, other.rep_->text));
   }
   bool operator==(std::u16string_view text) const {
-    return rep_ ? rep_->text == text : text.empty();
+    return rep_ ? same(rep_->text, text) : text.empty();
   }
 
   /// The pointer itself, for a record that takes over the reference and gives it back.
@@ -67,6 +68,10 @@ class MF0_API Text {
   };
   void retain() const {
     if (rep_) rep_->refs.fetch_add(1, std::memory_order_relaxed);
+  }
+  /// Bytewise; the library compares UTF-16 unit by unit.
+  static bool same(std::u16string_view a, std::u16string_view b) {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * 2) == 0;
   }
   static void free(Rep* rep);
   static const std::u16string& emptyText();

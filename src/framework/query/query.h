@@ -44,6 +44,7 @@ class MF0_API AbstractQuery {
     }
   };
   bool admits(const ClassInfo& info) const;
+  bool meets(const ElementImpl& element) const;
 
   Model model_;
   std::vector<ClassFilter> classes_;
@@ -105,9 +106,8 @@ class MF0_API Query : public AbstractQuery {
   static auto cast(ElementImpl* element) {
     return static_cast<typename X::Impl*>(element);
   }
+  std::vector<const ClassInfo*> classes(const ClassInfo& as) const;
   std::vector<ElementImpl*> find(const ClassInfo& as, std::size_t limit) const;
-  template <class Visit>
-  void scan(const ClassInfo& as, Visit&& visit) const;
 };
 
 }  // namespace mf::zero::query

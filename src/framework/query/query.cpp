@@ -1,0 +1,83 @@
+#include "framework/query/query.h"
+
+#include <algorithm>
+
+#include "framework/messages.h"
+#include "framework/model_impl.h"
+#include "framework/query/condition.h"
+#include "framework/raw.h"
+#include "framework/text.h"
+
+namespace mf::zero::query {
+
+AbstractQuery::AbstractQuery(Model model) : model_(std::move(model)) {}
+AbstractQuery::~AbstractQuery() = default;
+
+void AbstractQuery::restrictTo(const ClassInfo& info, SearchClassMatchMode mode) {
+  classes_.push_back({&info, mode});
+}
+
+void AbstractQuery::where(const PropertyInfo& property, Comparison comparison,
+                          const Value& operand) {
+  const bool known = std::ranges::any_of(
+      classes_, [&](const ClassFilter& filter) { return filter.info->isA(*property.owner); });
+  if (!known) {
+    const ClassInfo& looked = classes_.empty() ? ModelElement::classInfo() : *classes_[0].info;
+    reportException(mf0::messages::NoSuchProperty(looked.qualifiedName, toUtf8(property.name)));
+  }
+  conditions_.emplace_back(*model_.operator->(), property, comparison, operand);
+}
+
+bool AbstractQuery::admits(const ClassInfo& info) const {
+  return std::ranges::all_of(classes_,
+                             [&](const ClassFilter& filter) { return filter.admits(info); });
+}
+
+bool AbstractQuery::meets(const ElementImpl& element) const {
+  const std::byte* storage = Raw::storage(element);
+  return std::ranges::all_of(
+      conditions_, [&](const Condition& condition) { return condition.holds(element, storage); });
+}
+
+Query::Query(Model model) : AbstractQuery(std::move(model)) {
+  if (!this->model()) reportException(mf0::messages::CannotUseEmptyHandle());
+}
+
+std::vector<const ClassInfo*> Query::classes(const ClassInfo& as) const {
+  for (const ClassFilter& filter : classes_) {
+    if (!as.isA(*filter.info) && !filter.info->isA(as)) {
+      reportException(mf0::messages::CannotCastIncompatibleTypes(as.qualifiedName));
+    }
+  }
+  std::vector<const ClassInfo*> admitted;
+  model_->pool().forEachClass([&](const ClassInfo& info) {
+    if (admits(info) && info.isA(as)) admitted.push_back(&info);
+  });
+  return admitted;
+}
+
+std::vector<ElementImpl*> Query::find(const ClassInfo& as, std::size_t limit) const {
+  if (!model_->isOpen()) reportException(mf0::messages::CannotUseClosedModel());
+  for (;;) {
+    std::vector<ElementImpl*> found;
+    std::vector<ModelElement> proxies;
+    const auto test = [&](ElementImpl& element) {
+      if (found.size() == limit || element.isDestroyed()) return;
+      if (element.isProxy() && !conditions_.empty()) {
+        proxies.emplace_back(&element);
+      } else if (meets(element)) {
+        found.push_back(&element);
+      }
+    };
+    for (const ClassInfo* info : classes(as)) model_->pool().forEach(*info, test);
+    if (proxies.empty()) return found;
+    // Loading makes elements, so it waits until nobody goes through them.
+    for (const ModelElement& proxy : proxies) {
+      if (proxy.isValid()) proxy->resolve();
+    }
+  }
+}
+
+std::size_t Query::count() const { return find(ModelElement::classInfo(), kAll).size(); }
+
+}  // namespace mf::zero::query
