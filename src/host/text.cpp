@@ -73,7 +73,7 @@ void append(std::string& text, char32_t point) {
     return;
   }
   const int rest = point < 0x800 ? 1 : point < 0x10000 ? 2 : 3;  // continuation bytes
-  const unsigned mark = 0xf00U >> rest & 0xffU;
+  const unsigned mark = 0xff00U >> (rest + 1) & 0xffU;
   text += static_cast<char>(mark | point >> (6 * rest));
   for (int j = rest - 1; j >= 0; --j) {
     text += static_cast<char>(0x80 | (point >> (6 * j) & 0x3f));
