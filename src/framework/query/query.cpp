@@ -4,7 +4,7 @@
 
 #include "framework/messages.h"
 #include "framework/model_impl.h"
-#include "framework/query/condition.h"
+#include "framework/query/detail/condition.h"
 #include "framework/raw.h"
 #include "framework/text.h"
 

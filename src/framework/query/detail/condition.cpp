@@ -1,4 +1,4 @@
-#include "framework/query/condition.h"
+#include "framework/query/detail/condition.h"
 
 #include <algorithm>
 #include <bit>
