@@ -19,8 +19,7 @@ namespace mf::zero {
 class MF0_API BuilderValues {
  public:
   BuilderValues(const ClassInfo& info, Model model);
-  /// Child builders are copied too.
-  BuilderValues(const BuilderValues& other);
+  BuilderValues(const BuilderValues&) = delete;
   BuilderValues& operator=(const BuilderValues&) = delete;
   virtual ~BuilderValues();
 
@@ -44,6 +43,8 @@ class MF0_API BuilderValues {
   void clear(const PropertyInfo& property);
   /// What was set; otherwise the declared default, or the empty value where there is none.
   Value get(const PropertyInfo& property) const;
+  /// Takes over copies of all values and child builders of another builder of the class.
+  void copyFrom(const BuilderValues& source);
   template <class T>
   T get(const PropertyInfo& property) const {
     return get(property).template getValue<T>();
@@ -82,16 +83,17 @@ class MF0_API Builder {
   }
   ~Builder();
 
-  void setModel(Model model) { values_->setModel(std::move(model)); }
-  meta::Class getMetaClass() const { return values_->getMetaClass(); }
-  BuilderValues& values() const { return *values_; }
+  void setModel(Model model) { values().setModel(std::move(model)); }
+  meta::Class getMetaClass() const;
+  /// Raises CannotUseEmptyHandle after the builder was moved away.
+  BuilderValues& values() const;
   /// Creates the element and, in list order, its contents, in one transaction: all or nothing.
   /// A nil identity asks for a fresh one. Raises CannotCreateWithoutModel,
   /// CannotCreateDuplicateIdentity, and for a reference what adding it would raise.
   ModelElement create(const uuid& identity = {}) const;
 
  private:
-  friend class Creation;
+  friend class BuilderValues;
   std::unique_ptr<BuilderValues> values_;
 };
 

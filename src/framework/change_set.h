@@ -3,16 +3,18 @@
 #pragma once
 
 #include <cstddef>
-#include <iterator>
+#include <cstdint>
 #include <optional>
-#include <vector>
+#include <span>
+#include <utility>
 
 #include "framework/element.h"
 #include "framework/export.h"
+#include "framework/undo_log.h"
 
 namespace mf::zero {
 
-class UndoLog;
+class ChangeSet;
 
 enum class ChangeKind : std::uint8_t { kCreated, kDestroyed, kModified };
 
@@ -47,7 +49,7 @@ class MF0_API Change {
 /// property; so is one that was destroyed.
 class MF0_API ChangeSet {
  public:
-  explicit ChangeSet(UndoLog& log, std::optional<Value> result)
+  ChangeSet(UndoLog& log, std::optional<Value> result)
       : log_(log), result_(std::move(result)) {}
 
   std::size_t size() const { return changes().size(); }
@@ -60,11 +62,12 @@ class MF0_API ChangeSet {
 
  private:
   friend class Change;
-  const std::vector<Change>& changes() const;
+  std::span<const Change> changes() const;
+  void collect(const ChangeIndex& index, const ChangeIndex::Entry& entry) const;
 
   UndoLog& log_;
   std::optional<Value> result_;
-  mutable std::optional<std::vector<Change>> changes_;
+  mutable bool collected_ = false;
 };
 
 }  // namespace mf::zero

@@ -59,18 +59,21 @@ class MF0_API ReferenceCollection {
   const PropertyInfo& property() const { return *property_; }
   bool isOrdered() const { return property_->has(kOrdered); }
 
-  /// Position-based, so that elements appended or taken out while iterating do no harm.
-  class Cursor {
+  /// Goes through the elements; taking elements out or appending meanwhile does no harm.
+  class MF0_API Cursor {
    public:
-    explicit Cursor(const ReferenceCollection& collection);
     Cursor() = default;
+    explicit Cursor(const ReferenceCollection& collection);
+    Cursor(const Cursor& other);
+    Cursor& operator=(Cursor other) noexcept;
+    ~Cursor();
     bool done() const { return element_ == nullptr; }
     ElementImpl* element() const { return element_; }
     void next() { seek(slot_ + 1); }
 
    private:
     void seek(std::uint32_t slot);
-    const ElementImpl* owner_ = nullptr;
+    ModelElement owner_;
     const PropertyInfo* property_ = nullptr;
     std::uint32_t slot_ = 0;
     ElementImpl* element_ = nullptr;

@@ -21,6 +21,7 @@ class ElementPool;
 inline constexpr std::size_t kChunkBytes = 16 * 1024;
 inline constexpr std::size_t kCellUnit = 8;  ///< an id counts cells in units of eight bytes
 inline constexpr std::size_t kUnitsPerChunk = kChunkBytes / kCellUnit;
+inline constexpr std::size_t kMaxChunks = (std::size_t{1} << 32) / kUnitsPerChunk - 1;
 inline constexpr std::size_t kStorageOffset = 48;
 
 /// The head of a chunk; its cells follow.
@@ -58,6 +59,8 @@ class MF0_API BlockArena {
   void* chunk();
   /// A block of at least `bytes`; `bytes` is rounded up in place to what was given.
   void* allocate(std::size_t& bytes);
+  /// A block of at least `bytes` with the first `oldBytes` of `block`, which is taken back.
+  void* reallocate(void* block, std::size_t oldBytes, std::size_t& bytes);
   /// Takes back a block of the size that `allocate` reported.
   void release(void* block, std::size_t bytes) noexcept;
   std::size_t bytesReserved() const { return reserved_; }
@@ -70,7 +73,13 @@ class MF0_API BlockArena {
     std::byte* memory;
     std::size_t bytes;
   };
+  /// Stands before a large block, which is malloc's own; all of them form a ring.
+  struct alignas(16) LargeBlock {
+    LargeBlock* previous;
+    LargeBlock* next;
+  };
   void grow();
+  void* enlist(void* memory);
 
   static constexpr std::size_t kSmallClasses = 128;  ///< multiples of eight up to 1 KiB
   std::array<FreeBlock*, kSmallClasses + 1> free_{};
@@ -79,6 +88,7 @@ class MF0_API BlockArena {
   std::byte* limit_ = nullptr;
   std::byte* block_ = nullptr;  ///< next free byte of the chunk that small blocks come from
   std::byte* blockLimit_ = nullptr;
+  LargeBlock large_{&large_, &large_};
   std::size_t reserved_ = 0;
 };
 
@@ -93,7 +103,6 @@ class MF0_API ElementPool {
   ElementImpl* create(const ClassInfo& info, const uuid& identity);
   /// Ends an element's storage and recycles its cell.
   void release(ElementImpl* element) noexcept;
-  /// Whether the next element of the class will have the id that follows `id`.
   ElementImpl* at(ElementId id) const {
     return reinterpret_cast<ElementImpl*>(chunks_[id / kUnitsPerChunk] +
                                           id % kUnitsPerChunk * kCellUnit);
@@ -123,6 +132,7 @@ class MF0_API ElementPool {
   }
 
   BlockArena& arena() { return arena_; }
+  const BlockArena& arena() const { return arena_; }
 
  private:
   struct FreeCell {

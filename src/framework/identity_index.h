@@ -24,6 +24,8 @@ class IdentityIndex {
   void remove(const ElementImpl& element) noexcept;
   /// Puts back an element that was forgotten; does not allocate.
   void restore(const ElementImpl& element) noexcept;
+  /// Forgets everything; the next look-up builds anew.
+  void clear() noexcept { table_.clear(); }
   std::size_t bytes() const { return table_.capacity() * sizeof(ElementId); }
 
  private:

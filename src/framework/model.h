@@ -81,6 +81,7 @@ class MF0_API Transaction {
  private:
   friend class ModelImpl;
   Transaction(ModelImpl& model, std::uint32_t depth);
+  void end(bool keep, std::optional<Value> result);
   ModelImpl* model_;
   std::uint32_t depth_;
 };
@@ -104,6 +105,9 @@ class MF0_API Model {
   ~Model();
 
   static Model create();
+  /// A model whose handles several threads may copy at once, for one that is read everywhere after
+  /// it was filled; changing it stays one thread's business. Its elements do not keep it alive.
+  static Model createShared();
 
   explicit operator bool() const { return impl_ != nullptr; }
   /// Raises CannotUseEmptyHandle for an empty handle.

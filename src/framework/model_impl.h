@@ -93,6 +93,8 @@ class MF0_API ModelImpl {
   ElementImpl* createElement(const ClassInfo& info, const uuid& identity, bool withDefaults);
   void elementGone() { --liveElements_; }
   void elementBack() { ++liveElements_; }
+  /// The log after `log` in time: pending ones, then the open one; null after the last.
+  UndoLog* logAfter(const UndoLog& log);
   /// Numbers and texts that a new element of the class starts with.
   void applyDefaults(ElementImpl& element);
   TextCache& texts() { return texts_; }
@@ -103,12 +105,13 @@ class MF0_API ModelImpl {
    public:
     explicit Scope(ModelImpl& model);
     ~Scope();
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
     /// Commits; the outermost one tells the observers and passes on what they threw.
-    void done(std::optional<Value> result = std::nullopt);
+    void done();
 
    private:
     ModelImpl& model_;
-    std::size_t outerMark_;
     std::uint32_t depth_;
     bool open_ = true;
   };
@@ -135,11 +138,13 @@ class MF0_API ModelImpl {
   void leave(std::uint32_t depth, bool keep, std::optional<Value> result);
   void rollbackTo(std::size_t mark) noexcept;
   void publish(std::optional<Value> result);
+  void drain();
+  void dropEndedObservers();
   void tell(const ChangeSet& changes, std::exception_ptr& first);
   void settle(UndoLog& log) noexcept;
   void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
-  /// The log after `log` in time: pending ones, then the open one; null after the last.
-  UndoLog* logAfter(const UndoLog& log);
+  /// An element with empty values, unrecorded. The identity must be free.
+  ElementImpl* newElement(const ClassInfo& info, const uuid& identity);
   const std::vector<Default>& defaultsOf(const ClassInfo& info);
 
   std::uint32_t state_ = 0;

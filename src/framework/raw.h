@@ -2,8 +2,10 @@
 // Nothing here checks, records or notifies.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "framework/element.h"
 
@@ -16,6 +18,13 @@ struct Raw {
   template <class T>
   static T& at(const ElementImpl& element, const PropertyInfo& property) {
     return *reinterpret_cast<T*>(storage(element) + property.offset);
+  }
+
+  /// Writes the low `size` bytes of `bits` as the property's value.
+  static void store(const ElementImpl& element, const PropertyInfo& property, std::uint64_t bits,
+                    std::size_t size) {
+    static_assert(std::endian::native == std::endian::little);
+    std::memcpy(storage(element) + property.offset, &bits, size);
   }
 
   // The header's fields, by name.

@@ -60,7 +60,7 @@ struct PrimitiveList {
 /// One note in an element's list of referrers: who refers to it, and from where.
 struct Incoming {
   ElementId owner;
-  std::uint32_t link;  ///< five bits of reference number, 27 of position; see links.h
+  std::uint32_t link;  ///< six bits of property index, 26 of position; see links.h
 };
 
 /// The referrers of one element. The block belongs to the model's pool.

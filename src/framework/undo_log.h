@@ -15,7 +15,7 @@ class ModelImpl;
 
 enum class UndoKind : std::uint8_t {
   kNothing,      ///< a record that was withdrawn
-  kCreate,       ///< `count` elements from `element` on, one cell apart
+  kCreate,       ///< `count` elements from `element` on, `position` cell units apart
   kDestroy,      ///< `old`: the list of its referrers
   kWord,         ///< eight bytes; `old`: the bits before
   kHalf,         ///< four bytes
@@ -29,6 +29,11 @@ enum class UndoKind : std::uint8_t {
   kValueRemove,  ///< the value at `position` was taken out; `old`: its bits or text
   kValueSet,     ///< the value at `position` was replaced; `old`: its bits or text
 };
+
+/// Whether the record is the replacement of one plain number, flag or literal.
+constexpr bool isPlainSet(UndoKind kind) {
+  return kind == UndoKind::kWord || kind == UndoKind::kHalf || kind == UndoKind::kByte;
+}
 
 struct UndoRecord {
   UndoKind kind;
@@ -81,25 +86,31 @@ class Change;
 /// One outermost transaction's records.
 class UndoLog {
  public:
-  explicit UndoLog(ModelImpl& owner) : model(owner) {}
+  explicit UndoLog(ModelImpl& owner);
+  UndoLog(const UndoLog&) = delete;
+  UndoLog& operator=(const UndoLog&) = delete;
+  ~UndoLog();
 
   bool empty() const { return records.empty(); }
   /// Adds a record; may throw std::bad_alloc, so it stands before the change.
   void add(const UndoRecord& record) { records.push_back(record); }
-  /// Whether the newest record is the creation of this very element, so that undoing the creation
-  /// undoes all that happens to it now.
-  bool coversNew(ElementId element) const {
-    return !records.empty() && records.back().kind == UndoKind::kCreate &&
-           newestId_ == element;
-  }
-  void noteCreated(ElementId element, std::uint32_t cellUnits, bool mayExtend);
-  void noteSet(UndoKind kind, ElementId element, std::uint16_t property, std::uint64_t old,
-               std::size_t mark);
-  void noteInsert(ElementId element, std::uint16_t property, std::uint32_t position,
+  /// Whether the newest record, after `mark`, is the creation of this very element: undoing that
+  /// undoes all that happens to the element's own values and references now.
+  bool coversNew(ElementId element, std::size_t mark) const;
+  /// Whether the newest record, after `mark`, is of that kind and property already.
+  bool hasSet(UndoKind kind, ElementId element, std::uint16_t property, std::size_t mark) const;
+  /// Notes a creation; runs of neighbouring cells become one record.
+  void noteCreated(ElementId element, std::uint32_t cellUnits, std::size_t mark);
+  /// Notes a slot or value put in; runs become one record.
+  void noteInsert(ElementId element, std::uint16_t property, std::uint32_t position, UndoKind kind,
                   std::size_t mark);
   /// The up-to-date index of the log; drop it when records are taken back.
   ChangeIndex& index();
-  void dropIndex() { indexed_ = false; }
+  /// To be called when records were taken back.
+  void shrunk() {
+    indexed_ = false;
+    newestId_ = kNoElement;
+  }
   void clear();
 
   ModelImpl& model;

@@ -1,0 +1,195 @@
+#include "framework/collection.h"
+
+#include <algorithm>
+#include <string>
+
+#include "framework/links.h"
+#include "framework/model_impl.h"
+#include "framework/raw.h"
+#include "framework/references.h"
+
+namespace mf::zero {
+
+namespace {
+
+/// Lists up to this long are searched through; longer ones with holes get an index.
+constexpr std::uint32_t kShortList = 64;
+
+[[noreturn]] void raiseOutOfRange(std::size_t index, std::size_t size) {
+  reportException(mf0::messages::IndexOutOfRange(std::to_string(index), std::to_string(size)));
+}
+
+/// The list for reading: a proxy owner is loaded first.
+ReferenceList& readable(const ModelElement& owner, const PropertyInfo& property) {
+  Raw::prepareRead(*owner.impl());
+  return Raw::at<ReferenceList>(*owner.impl(), property);
+}
+
+ElementImpl& writable(const ModelElement& owner) {
+  if (!Raw::isPlain(*owner.impl())) Raw::refuseChange(*owner.impl());
+  return *owner.impl();
+}
+
+std::uint64_t keyOf(const ElementImpl& owner, const PropertyInfo& property) {
+  return HoleIndexes::key(owner.id(), property.index);
+}
+
+/// The slot of element number `index`, which must be below the live count.
+std::uint32_t slotOf(const ElementImpl& owner, const PropertyInfo& property,
+                     const ReferenceList& list, std::size_t index) {
+  if (list.holes == 0) return static_cast<std::uint32_t>(index);
+  if (list.size > kShortList) {
+    return owner.model().holes().slotAt(list, keyOf(owner, property), index);
+  }
+  std::uint32_t slot = 0;
+  for (std::size_t passed = 0;; ++slot) {
+    if (list.slots[slot].target == kNoElement) continue;
+    if (passed++ == index) return slot;
+  }
+}
+
+std::size_t indexOfSlot(const ElementImpl& owner, const PropertyInfo& property,
+                        const ReferenceList& list, std::uint32_t slot) {
+  if (list.holes == 0) return slot;
+  if (list.size > kShortList) {
+    return owner.model().holes().indexOf(list, keyOf(owner, property), slot);
+  }
+  return static_cast<std::size_t>(std::count_if(
+      list.slots, list.slots + slot, [](const auto& held) { return held.target != kNoElement; }));
+}
+
+}  // namespace
+
+std::size_t ReferenceCollection::size() const { return readable(owner_, *property_).live(); }
+
+ModelElement ReferenceCollection::at(std::size_t index) const {
+  const ReferenceList& list = readable(owner_, *property_);
+  if (index >= list.live()) raiseOutOfRange(index, list.live());
+  const std::uint32_t slot = slotOf(*owner_.impl(), *property_, list, index);
+  return ModelElement(Chunk::find(*owner_.impl(), list.slots[slot].target));
+}
+
+bool ReferenceCollection::contains(const ModelElement& element) const {
+  readable(owner_, *property_);
+  return references::find(*owner_.impl(), *property_, element.impl()).has_value();
+}
+
+std::optional<std::size_t> ReferenceCollection::indexOf(const ModelElement& element) const {
+  const ReferenceList& list = readable(owner_, *property_);
+  const auto slot = references::find(*owner_.impl(), *property_, element.impl());
+  if (!slot) return std::nullopt;
+  return indexOfSlot(*owner_.impl(), *property_, list, *slot);
+}
+
+bool ReferenceCollection::isProxyAt(std::size_t index) const { return at(index)->isProxy(); }
+
+void ReferenceCollection::add(const ModelElement& element) {
+  references::insert(writable(owner_), *property_, references::kEnd, element.impl());
+}
+
+void ReferenceCollection::insert(std::size_t index, const ModelElement& element) {
+  ElementImpl& owner = writable(owner_);
+  const ReferenceList& list = Raw::at<ReferenceList>(owner, *property_);
+  if (index > list.live()) raiseOutOfRange(index, list.live());
+  const std::uint32_t slot =
+      index == list.live() ? references::kEnd : slotOf(owner, *property_, list, index);
+  references::insert(owner, *property_, slot, element.impl());
+}
+
+void ReferenceCollection::append(std::span<const ModelElement> elements) {
+  ElementImpl& owner = writable(owner_);
+  ModelImpl::Scope scope(owner.model());
+  for (const ModelElement& element : elements) {
+    references::insert(owner, *property_, references::kEnd, element.impl());
+  }
+  scope.done();
+}
+
+void ReferenceCollection::remove(const ModelElement& element) {
+  ElementImpl& owner = writable(owner_);
+  const auto slot = references::find(owner, *property_, element.impl());
+  if (!slot) reportException(mf0::messages::NoSuchElement());
+  references::removeSlot(owner, *property_, *slot);
+}
+
+void ReferenceCollection::removeAt(std::size_t index) {
+  ElementImpl& owner = writable(owner_);
+  const ReferenceList& list = Raw::at<ReferenceList>(owner, *property_);
+  if (index >= list.live()) raiseOutOfRange(index, list.live());
+  references::removeSlot(owner, *property_, slotOf(owner, *property_, list, index));
+}
+
+void ReferenceCollection::move(std::size_t from, std::size_t to) {
+  ElementImpl& owner = writable(owner_);
+  const ReferenceList& list = Raw::at<ReferenceList>(owner, *property_);
+  if (from >= list.live()) raiseOutOfRange(from, list.live());
+  if (to >= list.live()) raiseOutOfRange(to, list.live());
+  if (from == to) return;
+  const ModelElement element = at(from);
+  ModelImpl::Scope scope(owner.model());
+  removeAt(from);
+  insert(to, element);
+  scope.done();
+}
+
+void ReferenceCollection::clear() { references::clear(writable(owner_), *property_); }
+
+void ReferenceCollection::assign(std::span<const ModelElement> elements) {
+  const auto same = [&] {
+    std::size_t i = 0;
+    for (const ModelElement& held : *this) {
+      if (i == elements.size() || !(held == elements[i++])) return false;
+    }
+    return i == elements.size();
+  };
+  ElementImpl& owner = writable(owner_);
+  if (same()) return;
+  const std::vector<ModelElement> kept(elements.begin(), elements.end());
+  ModelImpl::Scope scope(owner.model());
+  clear();
+  append(kept);
+  scope.done();
+}
+
+void ReferenceCollection::reserve(std::size_t count) {
+  ElementImpl& owner = writable(owner_);
+  const ReferenceList& list = Raw::at<ReferenceList>(owner, *property_);
+  links::reserveSlots(owner, *property_, count + list.holes);
+}
+
+// Cursor
+
+ReferenceCollection::Cursor::Cursor(const ReferenceCollection& collection)
+    : owner_(collection.owner_), property_(collection.property_) {
+  readable(owner_, *property_);
+  ++owner_->model().cursors;
+  seek(0);
+}
+
+ReferenceCollection::Cursor::Cursor(const Cursor& other)
+    : owner_(other.owner_), property_(other.property_), slot_(other.slot_),
+      element_(other.element_) {
+  if (owner_) ++owner_->model().cursors;
+}
+
+ReferenceCollection::Cursor& ReferenceCollection::Cursor::operator=(Cursor other) noexcept {
+  std::swap(owner_, other.owner_);
+  std::swap(property_, other.property_);
+  std::swap(slot_, other.slot_);
+  std::swap(element_, other.element_);
+  return *this;
+}
+
+ReferenceCollection::Cursor::~Cursor() {
+  if (owner_) --owner_->model().cursors;
+}
+
+void ReferenceCollection::Cursor::seek(std::uint32_t slot) {
+  const ReferenceList& list = Raw::at<ReferenceList>(*owner_.impl(), *property_);
+  while (slot < list.size && list.slots[slot].target == kNoElement) ++slot;
+  slot_ = slot;
+  const bool found = slot < list.size && owner_.isValid();
+  element_ = found ? Chunk::find(*owner_.impl(), list.slots[slot].target) : nullptr;
+}
+
+}  // namespace mf::zero

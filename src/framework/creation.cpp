@@ -1,0 +1,177 @@
+#include "framework/creation.h"
+
+#include <vector>
+
+#include "framework/links.h"
+#include "framework/model_impl.h"
+#include "framework/primitive_collection.h"
+#include "framework/raw.h"
+#include "framework/references.h"
+#include "framework/values.h"
+#include "host/array.h"
+
+namespace mf::zero {
+
+namespace {
+
+/// Stores one value of a new or hollow element: nobody can have seen an old one.
+void storeSingle(ElementImpl& element, const PropertyInfo& property, const Value& value) {
+  switch (property.kind) {
+    case ValueKind::kBoolean:
+      Raw::at<bool>(element, property) = value.getValue<bool>();
+      break;
+    case ValueKind::kInteger8:
+      Raw::at<std::int8_t>(element, property) = value.getValue<std::int8_t>();
+      break;
+    case ValueKind::kReal:
+      Raw::at<double>(element, property) = value.getValue<double>();
+      break;
+    case ValueKind::kInteger:
+    case ValueKind::kEnumeration:
+      Raw::store(element, property, value.bits(), sizeof(std::int32_t));
+      break;
+    case ValueKind::kString:
+      Raw::at<Text>(element, property) =
+          Text(element.model().texts(), value.getValue<std::u16string>());
+      break;
+    case ValueKind::kArray: {
+      const vxArray*& slot = Raw::at<ArraySlot>(element, property).array;
+      vexal::PropertyArrayPtr copy = vexal::copyForProperty(value.getValue<const vxArray*>());
+      vexal::deletePropertyArray(const_cast<vxArray*>(slot));
+      slot = copy.release();
+      break;
+    }
+    case ValueKind::kElement: break;
+  }
+}
+
+void storeItem(ElementImpl& element, const PropertyInfo& property, const Value& value) {
+  PrimitiveList& list = Raw::at<PrimitiveList>(element, property);
+  PrimitiveValues& items = values::reserveItem(property, list);
+  const std::size_t end = values::countOf(property, list);
+  if (values::isText(property)) {
+    Text text(element.model().texts(), value.getValue<std::u16string>());
+    values::insertRaw(property, items, end, text.detach());
+  } else {
+    values::insertRaw(property, items, end, values::bitsOf(property, value));
+  }
+}
+
+/// One end of a loaded reference; the other end, and the contents, never left.
+void storeReference(ElementImpl& element, const PropertyInfo& property, ElementImpl* target) {
+  if (!target || references::find(element, property, target)) return;
+  if (property.has(kMany)) {
+    const ReferenceList& list = Raw::at<ReferenceList>(element, property);
+    links::reserveSlots(element, property, std::size_t{list.size} + 1);
+  }
+  if (!property.has(kContainment)) links::reserveReferrer(*target);
+  std::uint32_t position = 0;
+  if (property.has(kMany)) {
+    position = Raw::at<ReferenceList>(element, property).size;
+    links::openGap(element, property, position, 1);
+  }
+  links::place(element, property, position, *target);
+}
+
+struct Task {
+  const BuilderValues* values;
+  ElementImpl* owner;
+  const PropertyInfo* property;
+};
+
+}  // namespace
+
+ElementImpl* Creation::create(const BuilderValues& root, const uuid& identity) {
+  const Model& model = root.model();
+  if (!model || !model->isOpen()) reportException(mf0::messages::CannotCreateWithoutModel());
+  ModelImpl::Scope scope(*model.impl());
+  ElementImpl* created = nullptr;
+  // Breadth first, so that deep contents do not deepen the stack and lists keep their order.
+  std::vector<Task> tasks{{&root, nullptr, nullptr}};
+  for (std::size_t i = 0; i < tasks.size(); ++i) {
+    const Task task = tasks[i];
+    ElementImpl* element = model->createElement(task.values->classInfo(),
+                                                created ? uuid{} : identity, true);
+    if (!created) created = element;
+    if (task.owner) {
+      task.property->has(kMany)
+          ? references::insert(*task.owner, *task.property, references::kEnd, element)
+          : references::set(*task.owner, *task.property, element);
+    }
+    fill(*element, *task.values);
+    for (const BuilderValues::Item& item : task.values->items_) {
+      if (item.child) tasks.push_back({&item.child->values(), element, item.property});
+    }
+  }
+  const ModelElement keep(created);
+  scope.done();
+  return created;
+}
+
+void Creation::fill(ElementImpl& element, const BuilderValues& values) {
+  for (const BuilderValues::Item& item : values.items_) {
+    if (item.child) continue;
+    const PropertyInfo& property = *item.property;
+    if (property.kind == ValueKind::kElement) {
+      const ModelElement target = item.value.getValue<ModelElement>();
+      if (property.has(kMany)) {
+        references::insert(element, property, references::kEnd, target.impl());
+      } else {
+        references::set(element, property, target.impl());
+      }
+    } else if (property.has(kMany)) {
+      AbstractPrimitiveCollection(&element, property).addValue(item.value);
+    } else {
+      storeSingle(element, property, item.value);
+    }
+  }
+}
+
+void Creation::fillProxy(ElementImpl& proxy, const BuilderValues& values) {
+  for (const BuilderValues::Item& item : values.items_) {
+    if (item.child) {
+      reportException(mf0::messages::CannotResolveProxy(proxy.Uuid().toString()));
+    }
+    if (item.property->kind != ValueKind::kElement || item.value.isEmpty()) continue;
+    references::check(proxy, *item.property, item.value.getValue<ModelElement>().impl());
+  }
+  proxy.model().applyDefaults(proxy);
+  try {
+    for (const BuilderValues::Item& item : values.items_) {
+      const PropertyInfo& property = *item.property;
+      if (property.kind == ValueKind::kElement) {
+        storeReference(proxy, property, item.value.getValue<ModelElement>().impl());
+      } else if (property.has(kMany)) {
+        storeItem(proxy, property, item.value);
+      } else {
+        storeSingle(proxy, property, item.value);
+      }
+    }
+  } catch (...) {
+    empty(proxy);
+    throw;
+  }
+}
+
+void Creation::empty(ElementImpl& element) noexcept {
+  links::withdraw(element);
+  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
+    if (property.has(kContainment)) return;
+    if (property.isReferenceList()) {
+      links::releaseSlots(element, property);
+    } else if (property.has(kMany)) {
+      Raw::at<PrimitiveList>(element, property).values.reset();
+    } else if (property.kind == ValueKind::kElement) {
+      Raw::at<ReferenceSlot>(element, property) = {};
+    } else if (property.kind == ValueKind::kString) {
+      Raw::at<Text>(element, property) = {};
+    } else if (property.kind == ValueKind::kArray) {
+      const vxArray*& slot = Raw::at<ArraySlot>(element, property).array;
+      vexal::deletePropertyArray(const_cast<vxArray*>(std::exchange(slot, nullptr)));
+    } else {
+      Raw::store(element, property, 0, values::sizeOf(property));
+    }
+  });
+}
+
+}  // namespace mf::zero

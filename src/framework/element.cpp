@@ -1,0 +1,211 @@
+#include "framework/element.h"
+
+#include <atomic>
+
+#include "framework/links.h"
+#include "framework/meta/meta.h"
+#include "framework/model_impl.h"
+#include "framework/raw.h"
+#include "framework/references.h"
+#include "framework/undo.h"
+#include "framework/values.h"
+#include "host/array.h"
+
+namespace mf::zero {
+
+ArraySlot::~ArraySlot() { vexal::deletePropertyArray(const_cast<vxArray*>(array)); }
+
+void ModelElement::raiseEmpty() { reportException(mf0::messages::CannotUseEmptyHandle()); }
+
+// Counting
+
+void ElementImpl::firstRef() { model().addRef(); }
+
+void ElementImpl::lastRef() noexcept {
+  ModelImpl& owner = model();
+  if (isDestroyed() && (flags_ & kInLog) == 0) owner.pool().release(this);
+  owner.removeRef();
+}
+
+void ElementImpl::addSharedRef() {
+  std::atomic_ref(refs_).fetch_add(1, std::memory_order_relaxed);
+}
+
+void ElementImpl::removeSharedRef() noexcept {
+  // A destroyed one keeps its cell: other threads may be holding on to it.
+  std::atomic_ref(refs_).fetch_sub(1, std::memory_order_release);
+}
+
+// State
+
+Model ElementImpl::getModel() const { return Model(&model()); }
+
+ModelElement ElementImpl::getOwner() const {
+  if (owner_ == kNoElement || isDestroyed()) return {};
+  return ModelElement(Chunk::find(*this, owner_));
+}
+
+void ElementImpl::prepareRead() const {
+  if (isDestroyed()) {
+    reportException(mf0::messages::CannotUseDestroyedElement(classInfo().qualifiedName));
+  }
+  if (isProxy()) resolve();
+}
+
+void ElementImpl::refuseChange() const {
+  if (isDestroyed()) {
+    reportException(mf0::messages::CannotUseDestroyedElement(classInfo().qualifiedName));
+  }
+  reportException(mf0::messages::CannotModifyProxy());
+}
+
+// Setters: record the old value, store the new one, tell the observers. What can fail comes first.
+
+namespace {
+
+/// Notes the old bits of a plain value, unless undoing would restore it anyway.
+void noteOld(ModelImpl& model, const ElementImpl& element, UndoKind kind,
+             const PropertyInfo& property, std::uint64_t old) {
+  UndoLog& log = model.log();
+  const ElementId id = element.id();
+  if (log.coversNew(id, model.mark()) || log.hasSet(kind, id, property.index, model.mark())) return;
+  log.add({.kind = kind, .property = property.index, .element = id, .old = old});
+}
+
+template <class Bits>
+void changePlain(ElementImpl& element, UndoKind kind, const PropertyInfo& property, void* slot,
+                 Bits bits) {
+  ModelImpl& model = element.model();
+  model.checkWritable();
+  if (!model.isRecording()) {
+    std::memcpy(slot, &bits, sizeof bits);
+    return;
+  }
+  Bits old;
+  std::memcpy(&old, slot, sizeof old);
+  noteOld(model, element, kind, property, old);
+  std::memcpy(slot, &bits, sizeof bits);
+  model.publishIfOutermost();
+}
+
+/// Whether the old value of an owning property must be kept for undoing.
+bool mustKeep(ModelImpl& model, const ElementImpl& element, UndoKind kind,
+              const PropertyInfo& property) {
+  const UndoLog& log = model.log();
+  return model.isRecording() && !log.coversNew(element.id(), model.mark()) &&
+         !log.hasSet(kind, element.id(), property.index, model.mark());
+}
+
+}  // namespace
+
+void ElementImpl::changeWord(const PropertyInfo& property, void* slot, std::uint64_t bits) {
+  changePlain(*this, UndoKind::kWord, property, slot, bits);
+}
+
+void ElementImpl::changeHalf(const PropertyInfo& property, void* slot, std::uint32_t bits) {
+  changePlain(*this, UndoKind::kHalf, property, slot, bits);
+}
+
+void ElementImpl::changeByte(const PropertyInfo& property, void* slot, std::uint8_t bits) {
+  changePlain(*this, UndoKind::kByte, property, slot, bits);
+}
+
+void ElementImpl::changeText(const PropertyInfo& property, Text& slot, std::u16string_view value) {
+  ModelImpl& owner = model();
+  owner.checkWritable();
+  Text next(owner.texts(), value);
+  if (mustKeep(owner, *this, UndoKind::kText, property)) {
+    owner.log().add({.kind = UndoKind::kText, .property = property.index, .element = id()});
+    owner.log().records.back().old = slot.detach();
+  }
+  slot = std::move(next);
+  owner.publishIfOutermost();
+}
+
+void ElementImpl::changeArray(const PropertyInfo& property, ArraySlot& slot,
+                              const vxArray* value) {
+  if (property.check) property.check(*this, value);
+  // The check is foreign code: it may have destroyed the element or set the property itself.
+  if (flags_ & kAttention) refuseChange();
+  ModelImpl& owner = model();
+  owner.checkWritable();
+  vexal::PropertyArrayPtr copy = vexal::copyForProperty(value);
+  if (mustKeep(owner, *this, UndoKind::kArray, property)) {
+    owner.log().add({.kind = UndoKind::kArray, .property = property.index, .element = id()});
+    owner.log().records.back().old = reinterpret_cast<std::uintptr_t>(slot.array);
+  } else {
+    vexal::deletePropertyArray(const_cast<vxArray*>(slot.array));
+  }
+  slot.array = copy.release();
+  owner.publishIfOutermost();
+}
+
+void ElementImpl::assign(const PropertyInfo& property, ReferenceSlot& slot,
+                         const ModelElement& value) {
+  if (flags_ & kAttention) [[unlikely]] refuseChange();
+  if (target(slot) == value.impl()) return;
+  references::set(*this, property, value.impl());
+}
+
+// Ending
+
+void ElementImpl::doDestroy(bool withContents, bool evenIfReferenced) {
+  if (flags_ & kAttention) refuseChange();
+  if (!evenIfReferenced && incoming_ && incoming_->size > 0) {
+    reportException(
+        mf0::messages::CannotDestroyReferencedElement(classInfo().qualifiedName));
+  }
+  const ModelElement keep(this);
+  references::destroy(*this, withContents);
+}
+
+void ElementImpl::disassociateIncoming() {
+  if (isDestroyed()) refuseChange();
+  references::clearIncoming(*this);
+}
+
+void ElementImpl::basicDisassociateAll() {
+  if (flags_ & kAttention) refuseChange();
+  ModelImpl::Scope scope(model());
+  forEachProperty(classInfo(), [&](const PropertyInfo& property) {
+    if (property.kind != ValueKind::kElement || property.has(kContainment)) return;
+    property.has(kMany) ? references::clear(*this, property)
+                        : references::set(*this, property, nullptr);
+  });
+  scope.done();
+}
+
+void ElementImpl::inverseAdd(const ModelElement& element, const meta::Property& property) {
+  if (flags_ & kAttention) refuseChange();
+  const PropertyInfo& info = checkedInfo(property);
+  if (info.kind != ValueKind::kElement) {
+    reportException(mf0::messages::CannotCastIncompatibleTypes(info.type));
+  }
+  if (!info.has(kMany)) return assign(info, Raw::at<ReferenceSlot>(*this, info), element);
+  references::insert(*this, info, references::kEnd, element.impl());
+}
+
+void ElementImpl::inverseRemove(const ModelElement& element, const meta::Property& property) {
+  if (flags_ & kAttention) refuseChange();
+  const PropertyInfo& info = checkedInfo(property);
+  const std::optional<std::uint32_t> position = references::find(*this, info, element.impl());
+  if (!position) reportException(mf0::messages::NoSuchElement());
+  references::removeSlot(*this, info, *position);
+}
+
+ElementImpl* ElementImpl::createInto(const PropertyInfo& property, Builder& builder,
+                                     const uuid& identity) {
+  if (flags_ & kAttention) refuseChange();
+  ModelImpl::Scope scope(model());
+  builder.setModel(getModel());
+  const ModelElement child = builder.create(identity);
+  if (property.has(kMany)) {
+    references::insert(*this, property, references::kEnd, child.impl());
+  } else {
+    references::set(*this, property, child.impl());
+  }
+  scope.done();
+  return child.impl();
+}
+
+}  // namespace mf::zero

@@ -1,0 +1,219 @@
+#include "framework/element_pool.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <utility>
+
+#include "framework/messages.h"
+#include "framework/raw.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(address, size) static_cast<void>(0)
+#define ASAN_UNPOISON_MEMORY_REGION(address, size) static_cast<void>(0)
+#endif
+
+namespace mf::zero {
+
+namespace {
+
+constexpr std::size_t kFirstRegion = 4 * kChunkBytes;
+constexpr std::size_t kLargestRegion = 256 * kChunkBytes;
+
+std::size_t roundUp(std::size_t value, std::size_t unit) { return (value + unit - 1) / unit * unit; }
+
+std::uint32_t numberOf(const ClassInfo& info) {
+  if (const std::uint32_t known = info.number.load(std::memory_order_acquire)) return known;
+  static std::mutex mutex;
+  static std::uint32_t last = 0;
+  const std::lock_guard lock(mutex);
+  if (info.number.load(std::memory_order_relaxed) == 0) {
+    info.number.store(++last, std::memory_order_release);
+  }
+  return info.number.load(std::memory_order_relaxed);
+}
+
+}  // namespace
+
+// BlockArena
+
+BlockArena::~BlockArena() {
+  while (large_.next != &large_) {
+    LargeBlock* block = large_.next;
+    large_.next = block->next;
+    std::free(block);
+  }
+  for (const Region& region : regions_) {
+    ASAN_UNPOISON_MEMORY_REGION(region.memory, region.bytes);
+    std::free(region.memory);
+  }
+}
+
+void BlockArena::grow() {
+  const std::size_t bytes =
+      regions_.empty() ? kFirstRegion : std::min(regions_.back().bytes * 2, kLargestRegion);
+  regions_.reserve(regions_.size() + 1);
+  auto* memory = static_cast<std::byte*>(std::aligned_alloc(kChunkBytes, bytes));
+  if (!memory) throw std::bad_alloc();
+  regions_.push_back({memory, bytes});
+  reserved_ += bytes;
+  cursor_ = memory;
+  limit_ = memory + bytes;
+}
+
+void* BlockArena::chunk() {
+  if (cursor_ == limit_) grow();
+  return std::exchange(cursor_, cursor_ + kChunkBytes);
+}
+
+void* BlockArena::enlist(void* memory) {
+  if (!memory) throw std::bad_alloc();
+  auto* block = static_cast<LargeBlock*>(memory);
+  block->previous = large_.previous;
+  block->next = &large_;
+  block->previous->next = block;
+  large_.previous = block;
+  return block + 1;
+}
+
+void* BlockArena::allocate(std::size_t& bytes) {
+  bytes = roundUp(std::max<std::size_t>(bytes, 16), kCellUnit);
+  const std::size_t sizeClass = bytes / kCellUnit;
+  if (sizeClass > kSmallClasses) {
+    void* block = enlist(std::malloc(bytes + sizeof(LargeBlock)));
+    reserved_ += bytes;
+    return block;
+  }
+  if (FreeBlock* block = free_[sizeClass]) {
+    ASAN_UNPOISON_MEMORY_REGION(block, bytes);
+    free_[sizeClass] = block->next;
+    return block;
+  }
+  if (static_cast<std::size_t>(blockLimit_ - block_) < bytes) {
+    block_ = static_cast<std::byte*>(chunk());
+    blockLimit_ = block_ + kChunkBytes;
+  }
+  return std::exchange(block_, block_ + bytes);
+}
+
+void* BlockArena::reallocate(void* block, std::size_t oldBytes, std::size_t& bytes) {
+  if (oldBytes / kCellUnit <= kSmallClasses) {
+    void* bigger = allocate(bytes);
+    std::memcpy(bigger, block, oldBytes);
+    release(block, oldBytes);
+    return bigger;
+  }
+  // Both are malloc's: a very large block moves without being copied.
+  bytes = roundUp(bytes, kCellUnit);
+  void* moved = std::realloc(static_cast<LargeBlock*>(block) - 1, bytes + sizeof(LargeBlock));
+  if (!moved) throw std::bad_alloc();
+  reserved_ += bytes - oldBytes;
+  auto* head = static_cast<LargeBlock*>(moved);
+  head->previous->next = head;
+  head->next->previous = head;
+  return head + 1;
+}
+
+void BlockArena::release(void* block, std::size_t bytes) noexcept {
+  const std::size_t sizeClass = bytes / kCellUnit;
+  if (sizeClass > kSmallClasses) {
+    auto* head = static_cast<LargeBlock*>(block) - 1;
+    head->previous->next = head->next;
+    head->next->previous = head->previous;
+    reserved_ -= bytes;
+    std::free(head);
+    return;
+  }
+  auto* freed = static_cast<FreeBlock*>(block);
+  freed->next = free_[sizeClass];
+  free_[sizeClass] = freed;
+  ASAN_POISON_MEMORY_REGION(freed, bytes);
+}
+
+// ElementPool
+
+namespace {
+
+bool ownsOutsideMemory(const ClassInfo& info) {
+  bool owns = false;
+  forEachProperty(info, [&](const PropertyInfo& property) {
+    owns |= property.kind == ValueKind::kString || property.kind == ValueKind::kArray ||
+            (property.has(kMany) && property.kind != ValueKind::kElement);
+  });
+  return owns;
+}
+
+ElementStorage* storageOf(ElementImpl& element) {
+  return reinterpret_cast<ElementStorage*>(Raw::storage(element));
+}
+
+}  // namespace
+
+ElementPool::~ElementPool() {
+  for (const Cells& cells : cells_) {
+    if (!cells.first || !ownsOutsideMemory(*cells.first->info)) continue;
+    const auto end = [](ElementImpl& element) {
+      element.classInfo().native.destroyStorage(storageOf(element));
+    };
+    for (const Chunk* chunk = cells.first; chunk; chunk = chunk->next) forEachIn(*chunk, end);
+  }
+}
+
+const Chunk* ElementPool::firstChunk(const ClassInfo& info) const {
+  const std::uint32_t number = info.number.load(std::memory_order_acquire);
+  return number < cells_.size() ? cells_[number].first : nullptr;
+}
+
+ElementPool::Cells& ElementPool::cellsOf(const ClassInfo& info) {
+  const std::uint32_t number = numberOf(info);
+  if (number >= cells_.size()) cells_.resize(number + 1);
+  return cells_[number];
+}
+
+Chunk* ElementPool::addChunk(const ClassInfo& info, Cells& cells) {
+  if (chunks_.size() >= kMaxChunks) {
+    reportException(mf0::messages::ModelIsFull("elements"));
+  }
+  chunks_.push_back(nullptr);
+  auto* chunk = new (arena_.chunk()) Chunk{};
+  chunk->model = &model_;
+  chunk->info = &info;
+  chunk->pool = this;
+  chunk->firstId = static_cast<std::uint32_t>((chunks_.size() - 1) * kUnitsPerChunk);
+  chunk->cellUnits =
+      static_cast<std::uint32_t>(roundUp(kStorageOffset + info.native.storageSize, kCellUnit) /
+                                 kCellUnit);
+  chunk->used = static_cast<std::uint32_t>(firstUnit());
+  chunks_.back() = reinterpret_cast<std::byte*>(chunk);
+  (cells.last ? cells.last->next : cells.first) = chunk;
+  cells.last = chunk;
+  return chunk;
+}
+
+ElementImpl* ElementPool::create(const ClassInfo& info, const uuid& identity) {
+  Cells& cells = cellsOf(info);
+  void* cell;
+  if (cells.free) {
+    cell = cells.free;
+    cells.free = cells.free->next;
+  } else {
+    Chunk* chunk = cells.last;
+    if (!chunk || chunk->used + chunk->cellUnits > kUnitsPerChunk) chunk = addChunk(info, cells);
+    cell = reinterpret_cast<std::byte*>(chunk) + chunk->used * kCellUnit;
+    chunk->used += chunk->cellUnits;
+  }
+  return info.native.construct(cell, identity);
+}
+
+void ElementPool::release(ElementImpl* element) noexcept {
+  const ClassInfo& info = element->classInfo();
+  info.native.destroyStorage(storageOf(*element));
+  Cells& cells = cells_[info.number.load(std::memory_order_relaxed)];
+  cells.free = new (element) FreeCell{nullptr, cells.free};
+}
+
+}  // namespace mf::zero

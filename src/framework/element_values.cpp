@@ -1,0 +1,184 @@
+// Elements by reflection: values by property, whole states, old values.
+#include <algorithm>
+
+#include "framework/collection.h"
+#include "framework/element.h"
+#include "framework/meta/meta.h"
+#include "framework/model_impl.h"
+#include "framework/primitive_collection.h"
+#include "framework/raw.h"
+#include "framework/undo.h"
+#include "framework/values.h"
+
+namespace mf::zero {
+
+namespace {
+
+std::vector<ModelElement> elementsOf(const PropertyInfo& property, const Value& list) {
+  std::vector<ModelElement> elements;
+  for (const Value& item : list.items()) {
+    if (item.meta() != Value::metaOf<ModelElement>() && !item.isEmpty()) {
+      reportException(mf0::messages::CannotCastIncompatibleTypes(property.type));
+    }
+    elements.push_back(item.getValue<ModelElement>());
+  }
+  return elements;
+}
+
+void setMany(ElementImpl& element, const PropertyInfo& property, const Value& value) {
+  if (!value.isEmpty() && !value.isList()) {
+    reportException(mf0::messages::CannotCastIncompatibleTypes(property.type));
+  }
+  if (property.isReferenceList()) {
+    ReferenceCollection(&element, property).assign(elementsOf(property, value));
+  } else {
+    AbstractPrimitiveCollection(&element, property).assignValues(value.items());
+  }
+}
+
+}  // namespace
+
+Value ElementImpl::getPropertyValue(const meta::Property& property) const {
+  return get(checkedInfo(property));
+}
+
+void ElementImpl::setPropertyValue(const meta::Property& property, const Value& value) {
+  set(checkedInfo(property), value);
+}
+
+bool ElementImpl::hasPropertyValue(const meta::Property& property) const {
+  return has(checkedInfo(property));
+}
+
+Value ElementImpl::get(const PropertyInfo& property) const {
+  if (flags_ & kAttention) prepareRead();
+  return property.derive ? property.derive(*this) : values::read(*this, property);
+}
+
+bool ElementImpl::has(const PropertyInfo& property) const {
+  if (flags_ & kAttention) prepareRead();
+  if (property.derive) return property.derive(*this).getValue<double>() != 0;
+  return values::isPresent(*this, property);
+}
+
+void ElementImpl::set(const PropertyInfo& property, const Value& value) {
+  if (property.has(kReadOnly)) {
+    reportException(mf0::messages::CannotSetReadOnlyProperty(
+        std::string(property.owner->qualifiedName) + '.' + toUtf8(property.name)));
+  }
+  if (property.has(kMany)) return setMany(*this, property, value);
+  values::checkSingle(property, value);
+  switch (property.kind) {
+    case ValueKind::kBoolean:
+      return assign(property, Raw::at<bool>(*this, property), value.getValue<bool>());
+    case ValueKind::kInteger8:
+      return assign(property, Raw::at<std::int8_t>(*this, property),
+                    value.getValue<std::int8_t>());
+    case ValueKind::kInteger:
+    case ValueKind::kEnumeration:
+      return assign(property, Raw::at<std::int32_t>(*this, property),
+                    static_cast<std::int32_t>(value.bits()));
+    case ValueKind::kReal:
+      return assign(property, Raw::at<double>(*this, property), value.getValue<double>());
+    case ValueKind::kString:
+      return assign(property, Raw::at<Text>(*this, property),
+                    std::u16string_view(value.getValue<std::u16string>()));
+    case ValueKind::kArray:
+      return assign(property, Raw::at<ArraySlot>(*this, property),
+                    value.getValue<const vxArray*>());
+    case ValueKind::kElement:
+      return assign(property, Raw::at<ReferenceSlot>(*this, property),
+                    value.getValue<ModelElement>());
+  }
+}
+
+// Old values
+
+Value ElementImpl::getOldValue(const meta::Property& property) const {
+  const PropertyInfo& info = checkedInfo(property);
+  if (info.derive || !model().isInTransaction()) return get(info);
+  if (isProxy()) prepareRead();
+  return undo::valueBefore(model().log(), *this, info);
+}
+
+int ElementImpl::revertUnchanged() {
+  if (!model().isInTransaction()) return 0;
+  UndoLog& log = model().log();
+  const ChangeIndex& index = log.index();
+  int reverted = 0;
+  forEachProperty(classInfo(), [&](const PropertyInfo& property) {
+    const ChangeIndex::Entry* entry = property.has(kMany) ? nullptr
+                                                          : index.find(id(), property.index);
+    if (!entry || index.step(entry->firstStep).record < model().mark()) return;
+    if (undo::valueBefore(log, *this, property) != values::read(*this, property)) return;
+    for (std::uint32_t step = entry->lastStep; step != ChangeIndex::kNone;
+         step = index.step(step).previous) {
+      UndoRecord& record = log.records[index.step(step).record];
+      if (record.kind == UndoKind::kDestroy) continue;
+      undo::settle(model(), record);
+      record.kind = UndoKind::kNothing;
+    }
+    ++reverted;
+  });
+  if (reverted > 0) log.shrunk();
+  return reverted;
+}
+
+// Whole states
+
+ElementState::ElementState(const ClassInfo& info) : info_(&info), values_(info.indexCount) {
+  forEachProperty(info, [this](const PropertyInfo& property) {
+    if (property.defaultValue) setValue(property.index, values::parseDefault(property));
+  });
+}
+
+const Value& ElementState::value(int index) const {
+  if (index < 1 || static_cast<std::size_t>(index) > values_.size()) {
+    reportException(
+        mf0::messages::NoSuchProperty(info_->qualifiedName, std::to_string(index)));
+  }
+  return values_[static_cast<std::size_t>(index) - 1];
+}
+
+void ElementState::setValue(int index, Value value) {
+  const_cast<Value&>(std::as_const(*this).value(index)) = std::move(value);
+}
+
+ElementState ElementImpl::createStorage() const { return ElementState(classInfo()); }
+
+ElementState ElementImpl::createChanges() const {
+  ElementState state(classInfo());
+  for (int index = 1; index <= classInfo().indexCount; ++index) copyValue(state, index);
+  return state;
+}
+
+void ElementImpl::copyValue(ElementState& into, int index) const {
+  const PropertyInfo* property = classInfo().findByIndex(index);
+  if (!property) {
+    reportException(
+        mf0::messages::NoSuchProperty(classInfo().qualifiedName, std::to_string(index)));
+  }
+  into.setValue(index, get(*property));
+}
+
+void ElementImpl::copyStateFromStorage(const ElementState& state) {
+  if (&state.classInfo() != &classInfo()) {
+    reportException(mf0::messages::CannotCastIncompatibleTypes(classInfo().qualifiedName));
+  }
+  if (flags_ & kAttention) refuseChange();
+  ModelImpl::Scope scope(model());
+  forEachProperty(classInfo(), [&](const PropertyInfo& property) {
+    const Value& value = state.value(property.index);
+    if (property.kind != ValueKind::kArray) return set(property, value);
+    // Once in an element, an array needs no check to come back.
+    PropertyInfo unchecked{property.name, property.type, property.kind, property.flags,
+                           property.index, property.offset, property.identity, property.owner};
+    const auto* array = value.getValue<const vxArray*>();
+    if (values::read(*this, property) != value) {
+      assign(unchecked, Raw::at<ArraySlot>(*this, property), array);
+    }
+  });
+  scope.done();
+}
+
+}  // namespace mf::zero

@@ -1,0 +1,191 @@
+#include "framework/links.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "framework/element_pool.h"
+#include "framework/messages.h"
+
+namespace mf::zero::links {
+
+namespace {
+
+BlockArena& arenaOf(const ElementImpl& element) { return Chunk::of(&element)->pool->arena(); }
+
+ElementImpl& elementAt(const ElementImpl& near, ElementId id) { return *Chunk::find(near, id); }
+
+/// The block's head: how many slots it has room for; stands in the place of one slot before them.
+std::uint32_t& capacityOf(ReferenceSlot* slots) { return slots[-1].back; }
+
+std::uint32_t roomOf(const ReferenceList& list) { return list.slots ? capacityOf(list.slots) : 0; }
+
+std::uint32_t noteReferrer(ElementImpl& target, Incoming entry) noexcept {
+  IncomingList* list = Raw::incoming(target);
+  list->entries()[list->size] = entry;
+  return list->size++;
+}
+
+void forgetReferrer(ElementImpl& target, std::uint32_t back) noexcept {
+  IncomingList* list = Raw::incoming(target);
+  const Incoming last = list->entries()[--list->size];
+  if (back == list->size) return;
+  list->entries()[back] = last;
+  const ElementImpl& owner = elementAt(target, last.owner);
+  slotAt(owner, propertyOf(owner, last.link), positionOf(last.link)).back = back;
+}
+
+/// A filled slot has come to stand at `position`: tells the other end.
+void moved(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept {
+  const ReferenceSlot& slot = slotAt(owner, property, position);
+  if (slot.target == kNoElement) return;
+  ElementImpl& target = elementAt(owner, slot.target);
+  if (property.has(kContainment)) {
+    Raw::position(target) = position;
+  } else {
+    Raw::incoming(target)->entries()[slot.back].link = link(property, position);
+  }
+}
+
+template <class Visit>
+void forEachOutgoing(ElementImpl& element, Visit&& visit) {
+  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
+    if (property.kind != ValueKind::kElement || property.has(kContainment)) return;
+    if (!property.has(kMany)) {
+      visit(property, 0, Raw::at<ReferenceSlot>(element, property));
+      return;
+    }
+    const ReferenceList& list = Raw::at<ReferenceList>(element, property);
+    for (std::uint32_t i = 0; i < list.size; ++i) visit(property, i, list.slots[i]);
+  });
+}
+
+}  // namespace
+
+void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count) {
+  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
+  const std::uint32_t room = roomOf(list);
+  if (count <= room) return;
+  if (count >= kMaxPositions) {
+    reportException(mf0::messages::ModelIsFull("a collection"));
+  }
+  std::size_t bytes = (count + 1) * sizeof(ReferenceSlot);
+  ReferenceSlot* block;
+  if (list.slots) {
+    bytes = std::max(bytes, 2 * (room + 1) * sizeof(ReferenceSlot));
+    block = static_cast<ReferenceSlot*>(arenaOf(owner).reallocate(
+        list.slots - 1, (room + 1) * sizeof(ReferenceSlot), bytes));
+  } else {
+    block = static_cast<ReferenceSlot*>(arenaOf(owner).allocate(bytes));
+  }
+  list.slots = block + 1;
+  capacityOf(list.slots) = static_cast<std::uint32_t>(bytes / sizeof(ReferenceSlot) - 1);
+}
+
+void reserveReferrer(ElementImpl& target) {
+  IncomingList*& list = Raw::incoming(target);
+  if (list && list->size < list->capacity) return;
+  std::size_t bytes = list ? 2 * (list->capacity + 1) * sizeof(Incoming) : 2 * sizeof(Incoming);
+  if (list) {
+    list = static_cast<IncomingList*>(
+        arenaOf(target).reallocate(list, (list->capacity + 1) * sizeof(Incoming), bytes));
+  } else {
+    list = static_cast<IncomingList*>(arenaOf(target).allocate(bytes));
+    list->size = 0;
+  }
+  list->capacity = static_cast<std::uint32_t>(bytes / sizeof(Incoming) - 1);
+}
+
+void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+           ElementImpl& target) noexcept {
+  ReferenceSlot& slot = slotAt(owner, property, position);
+  slot.target = target.id();
+  if (property.has(kContainment)) {
+    Raw::owner(target) = owner.id();
+    Raw::ownerProperty(target) = property.index;
+    Raw::position(target) = position;
+  } else {
+    slot.back = noteReferrer(target, {owner.id(), link(property, position)});
+  }
+  if (property.has(kMany)) --Raw::at<ReferenceList>(owner, property).holes;
+}
+
+void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept {
+  ReferenceSlot& slot = slotAt(owner, property, position);
+  ElementImpl& target = elementAt(owner, slot.target);
+  if (property.has(kContainment)) {
+    Raw::owner(target) = kNoElement;
+  } else {
+    forgetReferrer(target, slot.back);
+  }
+  slot.target = kNoElement;
+  if (property.has(kMany)) ++Raw::at<ReferenceList>(owner, property).holes;
+}
+
+void openGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+             std::uint32_t count) noexcept {
+  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
+  std::memmove(list.slots + position + count, list.slots + position,
+               (list.size - position) * sizeof(ReferenceSlot));
+  std::fill_n(list.slots + position, count, ReferenceSlot{});
+  list.size += count;
+  list.holes += count;
+  for (std::uint32_t i = position + count; i < list.size; ++i) moved(owner, property, i);
+}
+
+void closeGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+              std::uint32_t count) noexcept {
+  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
+  list.size -= count;
+  list.holes -= count;
+  std::memmove(list.slots + position, list.slots + position + count,
+               (list.size - position) * sizeof(ReferenceSlot));
+  for (std::uint32_t i = position; i < list.size; ++i) moved(owner, property, i);
+}
+
+void compact(ElementImpl& owner, const PropertyInfo& property) noexcept {
+  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
+  std::uint32_t kept = 0;
+  for (std::uint32_t i = 0; i < list.size; ++i) {
+    if (list.slots[i].target == kNoElement) continue;
+    list.slots[kept] = list.slots[i];
+    if (kept != i) moved(owner, property, kept);
+    ++kept;
+  }
+  list.size = kept;
+  list.holes = 0;
+}
+
+void enter(ElementImpl& element) noexcept {
+  forEachOutgoing(element, [&](const PropertyInfo& property, std::uint32_t position,
+                               ReferenceSlot& slot) {
+    if (slot.target == kNoElement) return;
+    slot.back = noteReferrer(elementAt(element, slot.target),
+                             {element.id(), link(property, position)});
+  });
+}
+
+void withdraw(ElementImpl& element) noexcept {
+  forEachOutgoing(element, [&](const PropertyInfo&, std::uint32_t, ReferenceSlot& slot) {
+    if (slot.target != kNoElement) forgetReferrer(elementAt(element, slot.target), slot.back);
+  });
+}
+
+void releaseSlots(ElementImpl& element, const PropertyInfo& property) noexcept {
+  const ReferenceList list = std::exchange(Raw::at<ReferenceList>(element, property), {});
+  if (!list.slots) return;
+  arenaOf(element).release(list.slots - 1, (capacityOf(list.slots) + 1) * sizeof(ReferenceSlot));
+}
+
+void release(ElementImpl& element) noexcept {
+  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
+    if (property.isReferenceList()) releaseSlots(element, property);
+  });
+  release(element, std::exchange(Raw::incoming(element), nullptr));
+}
+
+void release(ElementImpl& anyOfModel, IncomingList* list) noexcept {
+  if (list) arenaOf(anyOfModel).release(list, (list->capacity + 1) * sizeof(Incoming));
+}
+
+}  // namespace mf::zero::links

@@ -1,0 +1,70 @@
+// References as they lie in memory: slots on the one side, lists of referrers on the
+// other, each knowing where the other notes it, so that either end is taken away in
+// constant time. Nothing here checks, records or notifies; what can fail is in the
+// functions that make room.
+#pragma once
+
+#include <cstdint>
+
+#include "framework/element.h"
+#include "framework/raw.h"
+#include "framework/storage.h"
+
+namespace mf::zero::links {
+
+// A link names a slot within its owner: six bits of property index, 26 of position.
+
+inline constexpr std::uint32_t kPositionBits = 26;
+inline constexpr std::uint32_t kMaxPositions = 1U << kPositionBits;
+
+inline std::uint32_t link(const PropertyInfo& property, std::uint32_t position) {
+  return static_cast<std::uint32_t>(property.index) << kPositionBits | position;
+}
+inline std::uint32_t positionOf(std::uint32_t link) { return link & (kMaxPositions - 1); }
+inline const PropertyInfo& propertyOf(const ElementImpl& owner, std::uint32_t link) {
+  return *owner.classInfo().findByIndex(link >> kPositionBits);
+}
+
+/// The slot at a position; position 0 of a single reference is the reference itself.
+inline ReferenceSlot& slotAt(const ElementImpl& owner, const PropertyInfo& property,
+                             std::uint32_t position) {
+  return property.has(kMany) ? Raw::at<ReferenceList>(owner, property).slots[position]
+                             : Raw::at<ReferenceSlot>(owner, property);
+}
+
+/// Makes room for `count` slots in all. Throws std::bad_alloc, raises ModelIsFull.
+void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count);
+/// Makes room for one more referrer of `target`.
+void reserveReferrer(ElementImpl& target);
+
+/// Fills an empty slot: notes the referrer at the target, or the owner in a contained child.
+/// Room must have been made.
+void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+           ElementImpl& target) noexcept;
+/// Empties a slot, at both ends. In a list this leaves a hole, which is counted.
+void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept;
+
+/// Opens a gap of empty slots (counted as holes) at `position`; room must have been made.
+void openGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+             std::uint32_t count) noexcept;
+/// Takes empty slots out again.
+void closeGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+              std::uint32_t count) noexcept;
+/// Closes all gaps.
+void compact(ElementImpl& owner, const PropertyInfo& property) noexcept;
+
+/// Notes every outgoing reference of `element` at its target again (after `withdraw`); the room
+/// is still there.
+void enter(ElementImpl& element) noexcept;
+/// Takes the notes of every outgoing reference out of the targets; the slots stay filled.
+void withdraw(ElementImpl& element) noexcept;
+
+/// Gives back the block of one reference list, which is empty then; its references must have been
+/// withdrawn.
+void releaseSlots(ElementImpl& element, const PropertyInfo& property) noexcept;
+/// Gives back the blocks of all lists of the element.
+void release(ElementImpl& element) noexcept;
+/// Gives back a list of referrers.
+void release(ElementImpl& anyOfModel, IncomingList* list) noexcept;
+
+}  // namespace mf::zero::links

@@ -1,0 +1,391 @@
+#include "framework/model.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "framework/change_set.h"
+#include "framework/links.h"
+#include "framework/model_impl.h"
+#include "framework/raw.h"
+#include "framework/undo.h"
+#include "framework/values.h"
+
+namespace mf::zero {
+
+namespace {
+
+/// Observers that keep answering each other's changes would never end.
+constexpr int kMostRounds = 100'000;
+
+/// An observer that is a function.
+class FunctionObserver final : public Observer {
+ public:
+  explicit FunctionObserver(std::function<void(const ChangeSet&)> function)
+      : function_(std::move(function)) {}
+  void changed(const ChangeSet& changes) override { function_(changes); }
+
+ private:
+  std::function<void(const ChangeSet&)> function_;
+};
+
+}  // namespace
+
+// Subscription
+
+struct Subscription::Entry {
+  ModelImpl* model;
+  Observer* observer;
+  std::unique_ptr<Observer> owned;
+};
+
+Subscription::Subscription(Subscription&& other) noexcept = default;
+
+Subscription& Subscription::operator=(Subscription&& other) noexcept {
+  std::swap(entry_, other.entry_);
+  return *this;
+}
+
+void Subscription::end() {
+  if (!entry_) return;
+  entry_->observer = nullptr;
+  if (ModelImpl* model = entry_->model) model->dropEndedObservers();
+  entry_.reset();
+}
+
+// Model
+
+Model::Model(ModelImpl* impl) : impl_(impl) {
+  if (impl_) impl_->addRef();
+}
+
+Model::~Model() {
+  if (impl_) impl_->removeRef();
+}
+
+Model Model::create() { return Model(new ModelImpl(false)); }
+
+Model Model::createShared() { return Model(new ModelImpl(true)); }
+
+ModelImpl* Model::operator->() const {
+  if (!impl_) [[unlikely]] reportException(mf0::messages::CannotUseEmptyHandle());
+  return impl_;
+}
+
+Model::Thawer::Thawer(Model model) : model_(std::move(model)), wasFrozen_(model_->isFrozen()) {
+  model_->setState(ModelImpl::kFrozen, false);
+}
+
+Model::Thawer::Thawer(Thawer&& other) noexcept
+    : model_(std::move(other.model_)), wasFrozen_(other.wasFrozen_) {}
+
+Model::Thawer::~Thawer() {
+  if (model_ && wasFrozen_) model_->setState(ModelImpl::kFrozen, true);
+}
+
+void Model::Freezer::freeze() const { model_->setState(ModelImpl::kFrozen, true); }
+
+// Transaction
+
+Transaction::Transaction(ModelImpl& model, std::uint32_t depth) : model_(&model), depth_(depth) {
+  model.addRef();
+}
+
+Transaction::Transaction(Transaction&& other) noexcept
+    : model_(std::exchange(other.model_, nullptr)), depth_(other.depth_) {}
+
+Transaction::~Transaction() {
+  if (!model_) return;
+  ModelImpl* model = std::exchange(model_, nullptr);
+  // Inner transactions that are still open go with the outer one.
+  while (model->depth_ >= depth_ && depth_ > 0) model->leave(model->depth_, false, std::nullopt);
+  model->removeRef();
+}
+
+bool Transaction::isOpen() const { return model_ && depth_ > 0 && model_->depth_ >= depth_; }
+
+void Transaction::end(bool keep, std::optional<Value> result) {
+  if (!isOpen() || model_->depth_ != depth_) {
+    reportException(mf0::messages::CannotEndTransaction());
+  }
+  const std::uint32_t depth = std::exchange(depth_, 0);
+  model_->leave(depth, keep, std::move(result));
+}
+
+void Transaction::commit(std::optional<Value> result) { end(true, std::move(result)); }
+
+void Transaction::rollback() { end(false, std::nullopt); }
+
+// ModelImpl: life
+
+ModelImpl::ModelImpl(bool shared)
+    : log_(std::make_unique<UndoLog>(*this)), pool_(*this), identities_(pool_), shared_(shared) {}
+
+ModelImpl::~ModelImpl() {
+  for (const auto& entry : observers_) entry->model = nullptr;
+}
+
+void ModelImpl::addRef() noexcept {
+  if (shared_) {
+    std::atomic_ref(refs_).fetch_add(1, std::memory_order_relaxed);
+  } else {
+    ++refs_;
+  }
+}
+
+void ModelImpl::removeRef() noexcept {
+  const bool last = shared_ ? std::atomic_ref(refs_).fetch_sub(1, std::memory_order_acq_rel) == 1
+                            : --refs_ == 0;
+  if (last) delete this;
+}
+
+void ModelImpl::refuseWrite() const {
+  if (!isOpen()) reportException(mf0::messages::CannotUseClosedModel());
+  reportException(mf0::messages::CannotModifyFrozenModel());
+}
+
+void ModelImpl::close() {
+  if (!isQuiet()) reportException(mf0::messages::CannotCloseModelInTransaction());
+  const Model keep(this);
+  pool_.forEach([this](ElementImpl& element) {
+    Raw::setDestroyed(element, true);
+    undo::discard(*this, element);
+  });
+  liveElements_ = 0;
+  identities_.clear();
+  holes_.clear();
+  loader_.reset();
+  setState(kClosed, true);
+}
+
+// ModelImpl: elements
+
+ModelElement ModelImpl::findElement(const uuid& identity, FindElementBehavior behavior) {
+  const ModelElement found(identities_.find(identity));
+  if (found && behavior == FindElementBehavior::kLoaded) found->resolve();
+  return found;
+}
+
+std::vector<ModelElement> ModelImpl::elements(const ClassInfo& info, bool withSubclasses) {
+  std::vector<ModelElement> found;
+  const auto take = [&](ElementImpl& element) {
+    if (!element.isDestroyed()) found.emplace_back(&element);
+  };
+  pool_.forEachClass([&](const ClassInfo& candidate) {
+    if (&candidate == &info || (withSubclasses && candidate.isA(info))) {
+      pool_.forEach(candidate, take);
+    }
+  });
+  return found;
+}
+
+std::vector<ModelElement> ModelImpl::roots() {
+  std::vector<ModelElement> found;
+  pool_.forEach([&](ElementImpl& element) {
+    if (!element.isDestroyed() && Raw::owner(element) == kNoElement) found.emplace_back(&element);
+  });
+  return found;
+}
+
+ElementImpl* ModelImpl::createElement(const ClassInfo& info, const uuid& identity,
+                                      bool withDefaults) {
+  checkWritable();
+  if (info.isAbstract) {
+    reportException(mf0::messages::CannotCreateAbstractClass(info.qualifiedName));
+  }
+  if (!identity.isNil() && identities_.find(identity)) {
+    reportException(mf0::messages::CannotCreateDuplicateIdentity(identity.toString()));
+  }
+  ElementImpl* element = newElement(info, identity.isNil() ? generateNewUuid() : identity);
+  try {
+    if (withDefaults) applyDefaults(*element);
+    if (isRecording()) log_->noteCreated(element->id(), Chunk::of(element)->cellUnits, mark_);
+  } catch (...) {
+    identities_.remove(*element);
+    elementGone();
+    pool_.release(element);
+    throw;
+  }
+  return element;
+}
+
+ElementImpl* ModelImpl::newElement(const ClassInfo& info, const uuid& identity) {
+  ElementImpl* element = pool_.create(info, identity);
+  if (shared_) Raw::setShared(*element);
+  try {
+    identities_.add(*element);
+  } catch (...) {
+    pool_.release(element);
+    throw;
+  }
+  ++liveElements_;
+  return element;
+}
+
+struct ModelImpl::Default {
+  const PropertyInfo* property;
+  std::uint64_t bits;
+  std::size_t size;
+  Text text;
+};
+
+const std::vector<ModelImpl::Default>& ModelImpl::defaultsOf(const ClassInfo& info) {
+  const std::uint32_t number = info.number.load(std::memory_order_relaxed);
+  if (number >= defaults_.size()) defaults_.resize(number + 1);
+  auto& known = defaults_[number];
+  if (known) return *known;
+  auto found = std::make_unique<std::vector<Default>>();
+  forEachProperty(info, [&](const PropertyInfo& property) {
+    if (!property.defaultValue || property.has(kMany)) return;
+    const Value value = values::parseDefault(property);
+    Default item{&property, 0, 0, {}};
+    if (property.kind == ValueKind::kString) {
+      item.text = Text(value.getValue<std::u16string>());
+    } else {
+      item.bits = value.bits();
+      item.size = values::sizeOf(property);
+    }
+    found->push_back(std::move(item));
+  });
+  known = std::move(found);
+  return *known;
+}
+
+void ModelImpl::applyDefaults(ElementImpl& element) {
+  for (const Default& item : defaultsOf(element.classInfo())) {
+    if (item.property->kind == ValueKind::kString) {
+      Raw::at<Text>(element, *item.property) = item.text;
+    } else {
+      Raw::store(element, *item.property, item.bits, item.size);
+    }
+  }
+}
+
+// ModelImpl: transactions
+
+Transaction ModelImpl::beginTransaction(bool outermost) {
+  if (!isOpen()) reportException(mf0::messages::CannotUseClosedModel());
+  if (outermost && depth_ > 0) reportException(mf0::messages::CannotNestTransaction());
+  return Transaction(*this, enter());
+}
+
+std::uint32_t ModelImpl::enter() {
+  marks_.push_back(mark_);
+  mark_ = log_->records.size();
+  setState(kRecording, true);
+  return ++depth_;
+}
+
+void ModelImpl::leave(std::uint32_t depth, bool keep, std::optional<Value> result) {
+  if (!keep) rollbackTo(mark_);
+  depth_ = depth - 1;
+  mark_ = marks_.back();
+  marks_.pop_back();
+  if (depth_ > 0) return;
+  setState(kRecording, false);
+  if (!log_->empty()) publish(std::move(result));
+}
+
+void ModelImpl::rollbackTo(std::size_t mark) noexcept {
+  std::vector<UndoRecord>& records = log_->records;
+  while (records.size() > mark) {
+    undo::revert(*this, records.back());
+    records.pop_back();
+  }
+  log_->shrunk();
+  holes_.clear();
+}
+
+ModelImpl::Scope::Scope(ModelImpl& model) : model_(model), depth_(model.enter()) {}
+
+ModelImpl::Scope::~Scope() {
+  if (open_) model_.leave(depth_, false, std::nullopt);
+}
+
+void ModelImpl::Scope::done() {
+  open_ = false;
+  model_.leave(depth_, true, std::nullopt);
+}
+
+// ModelImpl: observers
+
+Subscription ModelImpl::addObserver(Observer& observer) {
+  auto entry = std::make_shared<Subscription::Entry>(Subscription::Entry{this, &observer, nullptr});
+  observers_.push_back(entry);
+  setState(kObserved, true);
+  return Subscription(std::move(entry));
+}
+
+Subscription ModelImpl::observe(std::function<void(const ChangeSet&)> observer) {
+  auto owned = std::make_unique<FunctionObserver>(std::move(observer));
+  Subscription subscription = addObserver(*owned);
+  observers_.back()->owned = std::move(owned);
+  return subscription;
+}
+
+void ModelImpl::dropEndedObservers() {
+  if (!pending_.empty()) return;  // somebody is being told; done afterwards
+  std::erase_if(observers_, [](const auto& entry) { return entry->observer == nullptr; });
+  setState(kObserved, !observers_.empty());
+}
+
+UndoLog* ModelImpl::logAfter(const UndoLog& log) {
+  if (&log == log_.get()) return nullptr;
+  const auto at = std::find_if(pending_.begin(), pending_.end(),
+                               [&](const Pending& pending) { return pending.log.get() == &log; });
+  const auto next = at == pending_.end() ? at : at + 1;
+  return next == pending_.end() ? log_.get() : next->log.get();
+}
+
+void ModelImpl::settle(UndoLog& log) noexcept {
+  for (const UndoRecord& record : log.records) undo::settle(*this, record);
+  log.clear();
+}
+
+void ModelImpl::publish(std::optional<Value> result) {
+  if (observers_.empty() && pending_.empty()) return settle(*log_);
+  std::unique_ptr<UndoLog> fresh;
+  if (spare_.empty()) {
+    fresh = std::make_unique<UndoLog>(*this);
+  } else {
+    fresh = std::move(spare_.back());
+    spare_.pop_back();
+  }
+  const bool beingTold = !pending_.empty();
+  pending_.push_back({std::exchange(log_, std::move(fresh)), std::move(result)});
+  if (!beingTold) drain();
+}
+
+void ModelImpl::drain() {
+  const Model keep(this);
+  std::exception_ptr first;
+  for (int round = 0; !pending_.empty(); ++round) {
+    UndoLog& log = *pending_.front().log;
+    if (round < kMostRounds) {
+      tell(ChangeSet(log, std::move(pending_.front().result)), first);
+    } else if (!first) {
+      using Unsettled = foundation::core::except::Exception<mf0::messages::ObserversDoNotSettle>;
+      first = std::make_exception_ptr(Unsettled(mf0::messages::ObserversDoNotSettle()));
+    }
+    settle(log);
+    spare_.push_back(std::move(pending_.front().log));
+    pending_.erase(pending_.begin());
+  }
+  dropEndedObservers();
+  if (first) std::rethrow_exception(first);
+}
+
+void ModelImpl::tell(const ChangeSet& changes, std::exception_ptr& first) {
+  // By position: an observer may add or end observers.
+  const std::size_t count = observers_.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::shared_ptr<Subscription::Entry> entry = observers_[i];
+    if (!entry->observer) continue;
+    try {
+      entry->observer->changed(changes);
+    } catch (...) {
+      if (!first) first = std::current_exception();
+    }
+  }
+}
+
+}  // namespace mf::zero

@@ -1,0 +1,82 @@
+// Proxies: elements whose values are elsewhere until somebody looks at them.
+#include "framework/creation.h"
+#include "framework/element.h"
+#include "framework/links.h"
+#include "framework/meta/meta.h"
+#include "framework/model_impl.h"
+#include "framework/raw.h"
+#include "framework/references.h"
+
+namespace mf::zero {
+
+ModelElement ModelImpl::createProxy(const ClassInfo& info, const uuid& identity) {
+  if (!isOpen()) refuseWrite();
+  if (identity.isNil()) reportException(mf0::messages::InvalidValue());
+  if (info.isAbstract) {
+    reportException(mf0::messages::CannotCreateAbstractClass(info.qualifiedName));
+  }
+  if (ElementImpl* known = identities_.find(identity)) {
+    if (&known->classInfo() == &info) return ModelElement(known);
+    reportException(mf0::messages::CannotCreateDuplicateIdentity(identity.toString()));
+  }
+  // Neither recorded nor told: that an element exists elsewhere changes nothing here.
+  ElementImpl* proxy = newElement(info, identity);
+  Raw::setProxy(*proxy, true);
+  return ModelElement(proxy);
+}
+
+void ElementImpl::resolve() const {
+  if (isDestroyed()) prepareRead();
+  if (!isProxy()) return;
+  const std::shared_ptr<ElementLoader> loader = model().loader();
+  const ModelElement keep(const_cast<ElementImpl*>(this));
+  const std::unique_ptr<BuilderValues> values = classInfo().native.newBuilder(classInfo(), getModel());
+  if (!loader || !loader->load(Uuid(), *values)) {
+    reportException(mf0::messages::CannotResolveProxy(Uuid().toString()));
+  }
+  if (!isProxy()) return;  // the loader looked at the element itself
+  Creation::fillProxy(*keep.impl(), *values);
+  Raw::setProxy(*keep.impl(), false);
+}
+
+void ElementImpl::convertToProxy() {
+  if (isDestroyed()) refuseChange();
+  if (isProxy()) return;
+  if (!model().loader()) {
+    reportException(mf0::messages::CannotConvertToProxy("the model has no loader"));
+  }
+  if (!model().isQuiet()) {
+    reportException(mf0::messages::CannotConvertToProxy("a transaction is open"));
+  }
+  Creation::empty(*this);
+  Raw::setProxy(*this, true);
+}
+
+void ElementImpl::convertReferencesToProxies() {
+  if (flags_ & kAttention) refuseChange();
+  std::vector<ElementImpl*> targets;
+  forEachProperty(classInfo(), [&](const PropertyInfo& property) {
+    if (property.kind != ValueKind::kElement || property.has(kContainment)) return;
+    if (property.has(kMany)) {
+      const ReferenceList& list = Raw::at<ReferenceList>(*this, property);
+      for (std::uint32_t i = 0; i < list.size; ++i) {
+        if (ElementImpl* held = target(list.slots[i])) targets.push_back(held);
+      }
+    } else if (ElementImpl* held = target(Raw::at<ReferenceSlot>(*this, property))) {
+      targets.push_back(held);
+    }
+  });
+  for (ElementImpl* held : targets) {
+    if (held != this) held->convertToProxy();
+  }
+}
+
+bool ElementImpl::inverseContainsProxyTo(const ModelElement& element,
+                                         const meta::Property& property) const {
+  const PropertyInfo& info = checkedInfo(property);
+  if (flags_ & kAttention) prepareRead();
+  return info.kind == ValueKind::kElement && references::find(*this, info, element.impl()) &&
+         element->isProxy();
+}
+
+}  // namespace mf::zero

@@ -1,0 +1,359 @@
+#include "framework/references.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "framework/links.h"
+#include "framework/messages.h"
+#include "framework/model_impl.h"
+#include "framework/raw.h"
+
+namespace mf::zero::references {
+
+namespace {
+
+ReferenceList& listOf(const ElementImpl& owner, const PropertyInfo& property) {
+  return Raw::at<ReferenceList>(owner, property);
+}
+
+ElementImpl* singleOf(const ElementImpl& owner, const PropertyInfo& property) {
+  const ElementId id = Raw::at<ReferenceSlot>(owner, property).target;
+  return id == kNoElement ? nullptr : Chunk::find(owner, id);
+}
+
+ElementImpl& targetAt(const ElementImpl& owner, const PropertyInfo& property,
+                      std::uint32_t position) {
+  return *Chunk::find(owner, links::slotAt(owner, property, position).target);
+}
+
+/// Whether a reference of an element made by the newest record needs no record of its own.
+bool coveredByCreation(const ModelImpl& model, const ElementImpl& owner,
+                       const PropertyInfo& property) {
+  return !property.has(kContainment) &&
+         const_cast<ModelImpl&>(model).log().coversNew(owner.id(), model.mark());
+}
+
+// One end of a reference, recorded. The other end, if it is two-sided, is the caller's.
+
+void putSingle(ElementImpl& owner, const PropertyInfo& property, ElementImpl* target) {
+  ModelImpl& model = owner.model();
+  if (target && !property.has(kContainment)) links::reserveReferrer(*target);
+  const ElementId old = Raw::at<ReferenceSlot>(owner, property).target;
+  if (model.isRecording() && !coveredByCreation(model, owner, property)) {
+    model.log().add({.kind = UndoKind::kReference,
+                     .property = property.index,
+                     .element = owner.id(),
+                     .old = old});
+  }
+  if (old != kNoElement) links::unplace(owner, property, 0);
+  if (target) links::place(owner, property, 0, *target);
+}
+
+void putInList(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+               ElementImpl& target) {
+  ModelImpl& model = owner.model();
+  ReferenceList& list = listOf(owner, property);
+  links::reserveSlots(owner, property, std::size_t{list.size} + 1);
+  if (!property.has(kContainment)) links::reserveReferrer(target);
+  const bool atEnd = position >= list.size;
+  if (atEnd) position = list.size;
+  if (model.isRecording() && !coveredByCreation(model, owner, property)) {
+    model.log().noteInsert(owner.id(), property.index, position, UndoKind::kInsert, model.mark());
+  }
+  links::openGap(owner, property, position, 1);
+  links::place(owner, property, position, target);
+  if (!model.holes().empty()) {
+    const std::uint64_t key = HoleIndexes::key(owner.id(), property.index);
+    atEnd ? model.holes().appended(key) : model.holes().drop(key);
+  }
+}
+
+void takeFromList(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
+  ModelImpl& model = owner.model();
+  ReferenceList& list = listOf(owner, property);
+  if (model.isRecording()) {
+    model.log().add({.kind = UndoKind::kRemove,
+                     .property = property.index,
+                     .element = owner.id(),
+                     .position = position,
+                     .old = list.slots[position].target});
+  }
+  links::unplace(owner, property, position);
+  if (!model.holes().empty()) {
+    model.holes().removed(HoleIndexes::key(owner.id(), property.index), position);
+  }
+}
+
+void take(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
+  property.has(kMany) ? takeFromList(owner, property, position)
+                      : putSingle(owner, property, nullptr);
+}
+
+/// Both ends.
+void unlink(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
+  ElementImpl& target = targetAt(owner, property, position);
+  take(owner, property, position);
+  if (!property.opposite) return;
+  if (const auto back = find(target, *property.opposite, &owner)) {
+    take(target, *property.opposite, *back);
+  }
+}
+
+/// Takes a contained element out of its owner, if it has one.
+void detach(ElementImpl& child) {
+  if (Raw::owner(child) == kNoElement) return;
+  ElementImpl& owner = *Chunk::find(child, Raw::owner(child));
+  const PropertyInfo& property = *owner.classInfo().findByIndex(Raw::ownerProperty(child));
+  unlink(owner, property, property.has(kMany) ? Raw::position(child) : 0);
+}
+
+/// Makes the opposite end of a new reference; frees it first where it holds just one.
+void linkOpposite(ElementImpl& owner, const PropertyInfo& property, ElementImpl& target) {
+  if (!property.opposite) return;
+  const PropertyInfo& opposite = *property.opposite;
+  if (opposite.has(kContainment)) detach(owner);
+  if (opposite.has(kMany)) return putInList(target, opposite, kEnd, owner);
+  if (singleOf(target, opposite)) unlink(target, opposite, 0);
+  putSingle(target, opposite, &owner);
+}
+
+/// A change of one list or slot and nothing else needs no transaction of its own.
+bool isSimple(const PropertyInfo& property) {
+  return !property.has(kContainment) && !property.opposite;
+}
+
+void tidy(ElementImpl& owner, const PropertyInfo& property) {
+  const ReferenceList& list = listOf(owner, property);
+  if (list.holes < 16 || list.holes < list.size / 2) return;
+  ModelImpl& model = owner.model();
+  if (!model.isIdle()) return;
+  links::compact(owner, property);
+  model.holes().drop(HoleIndexes::key(owner.id(), property.index));
+}
+
+bool contains(const ElementImpl& container, const ElementImpl& element) {
+  for (const ElementImpl* e = &element;;) {
+    if (e == &container) return true;
+    const ElementId owner = Raw::owner(const_cast<ElementImpl&>(*e));
+    if (owner == kNoElement) return false;
+    e = Chunk::find(element, owner);
+  }
+}
+
+bool hasContents(const ElementImpl& element) {
+  bool has = false;
+  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
+    if (!property.has(kContainment)) return;
+    has |= property.has(kMany) ? listOf(element, property).live() > 0
+                               : Raw::at<ReferenceSlot>(element, property).target != kNoElement;
+  });
+  return has;
+}
+
+}  // namespace
+
+void check(const ElementImpl& owner, const PropertyInfo& property, const ElementImpl* target) {
+  if (!target || target->isDestroyed()) {
+    reportException(mf0::messages::CannotAddNonExistentObject());
+  }
+  if (!target->classInfo().isA(*property.target)) {
+    reportException(mf0::messages::CannotAddIncompatibleTypes(
+        toUtf16(property.target->qualifiedName), toUtf16(target->classInfo().qualifiedName)));
+  }
+  if (&target->model() != &owner.model()) {
+    reportException(mf0::messages::CannotCreateCrossModelAssociation());
+  }
+  const auto cycle = [](const ElementImpl& container, const ElementImpl& content) {
+    // An element without contents contains nothing but itself.
+    return &content == &container || (hasContents(content) && contains(content, container));
+  };
+  const bool closesCycle =
+      property.has(kContainment) ? cycle(owner, *target)
+      : property.opposite && property.opposite->has(kContainment) ? cycle(*target, owner)
+                                                                  : false;
+  if (closesCycle) reportException(mf0::messages::CannotCreateContainmentCycle());
+  if (target->isProxy() && property.has(kMany) && !property.has(kWithProxies)) target->resolve();
+}
+
+std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& property,
+                                  const ElementImpl* target) {
+  if (!target || &target->model() != &owner.model()) return std::nullopt;
+  const ElementId id = target->id();
+  if (!property.has(kMany)) {
+    if (Raw::at<ReferenceSlot>(owner, property).target == id) return 0;
+    return std::nullopt;
+  }
+  auto& held = const_cast<ElementImpl&>(*target);
+  if (property.has(kContainment)) {
+    const bool here = Raw::owner(held) == owner.id() && Raw::ownerProperty(held) == property.index;
+    return here ? std::optional(Raw::position(held)) : std::nullopt;
+  }
+  const ReferenceList& list = listOf(owner, property);
+  IncomingList* referrers = Raw::incoming(held);
+  if (!referrers) return std::nullopt;
+  if (referrers->size < list.size) {
+    const ElementId ownerId = owner.id();
+    const std::uint32_t index = links::link(property, 0);
+    for (std::uint32_t i = 0; i < referrers->size; ++i) {
+      const Incoming& entry = referrers->entries()[i];
+      if (entry.owner == ownerId && entry.link - links::positionOf(entry.link) == index) {
+        return links::positionOf(entry.link);
+      }
+    }
+    return std::nullopt;
+  }
+  for (std::uint32_t i = 0; i < list.size; ++i) {
+    if (list.slots[i].target == id) return i;
+  }
+  return std::nullopt;
+}
+
+void set(ElementImpl& owner, const PropertyInfo& property, ElementImpl* target) {
+  ModelImpl& model = owner.model();
+  model.checkWritable();
+  if (target) check(owner, property, target);
+  ElementImpl* const old = singleOf(owner, property);
+  if (old == target) return;
+  if (isSimple(property)) {
+    putSingle(owner, property, target);
+    return model.publishIfOutermost();
+  }
+  ModelImpl::Scope scope(model);
+  if (old) unlink(owner, property, 0);
+  if (target) {
+    if (property.has(kContainment)) detach(*target);
+    linkOpposite(owner, property, *target);
+    putSingle(owner, property, target);
+  }
+  scope.done();
+}
+
+void insert(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+            ElementImpl* target) {
+  ModelImpl& model = owner.model();
+  model.checkWritable();
+  check(owner, property, target);
+  if (find(owner, property, target)) reportException(mf0::messages::CannotAddSecondObject());
+  if (position == kEnd) tidy(owner, property);
+  if (isSimple(property)) {
+    putInList(owner, property, position, *target);
+    return model.publishIfOutermost();
+  }
+  if (!property.opposite && Raw::owner(*target) == kNoElement) {
+    putInList(owner, property, position, *target);
+    return model.publishIfOutermost();
+  }
+  ModelImpl::Scope scope(model);
+  if (property.has(kContainment)) detach(*target);
+  linkOpposite(owner, property, *target);
+  putInList(owner, property, position, *target);
+  scope.done();
+}
+
+void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
+  ModelImpl& model = owner.model();
+  model.checkWritable();
+  if (!property.opposite) {
+    take(owner, property, position);
+    return model.publishIfOutermost();
+  }
+  ModelImpl::Scope scope(model);
+  unlink(owner, property, position);
+  scope.done();
+}
+
+void clear(ElementImpl& owner, const PropertyInfo& property) {
+  ModelImpl& model = owner.model();
+  model.checkWritable();
+  ModelImpl::Scope scope(model);
+  ReferenceList& list = listOf(owner, property);
+  for (std::uint32_t i = list.size; i-- > 0;) {
+    if (list.slots[i].target != kNoElement) unlink(owner, property, i);
+  }
+  scope.done();
+  tidy(owner, property);
+}
+
+void clearIncoming(ElementImpl& element) {
+  ModelImpl& model = element.model();
+  model.checkWritable();
+  ModelImpl::Scope scope(model);
+  while (Raw::incoming(element) && Raw::incoming(element)->size > 0) {
+    const Incoming entry = Raw::incoming(element)->entries()[Raw::incoming(element)->size - 1];
+    ElementImpl& owner = *model.pool().at(entry.owner);
+    unlink(owner, links::propertyOf(owner, entry.link), links::positionOf(entry.link));
+  }
+  scope.done();
+}
+
+// Destroying
+
+namespace {
+
+template <class Visit>
+void forEachContained(const ElementImpl& element, Visit&& visit) {
+  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
+    if (!property.has(kContainment)) return;
+    if (!property.has(kMany)) {
+      if (ElementImpl* child = singleOf(element, property)) visit(*child);
+      return;
+    }
+    const ReferenceList& list = listOf(element, property);
+    for (std::uint32_t i = 0; i < list.size; ++i) {
+      if (list.slots[i].target != kNoElement) visit(targetAt(element, property, i));
+    }
+  });
+}
+
+/// The element and everything it contains, owners before contents; no recursion.
+std::vector<ElementImpl*> withAllContents(ElementImpl& element) {
+  std::vector<ElementImpl*> all{&element};
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    forEachContained(*all[i], [&](ElementImpl& child) { all.push_back(&child); });
+  }
+  return all;
+}
+
+/// Takes one element out of the web of references; its slots and values stay for undoing.
+void retire(ModelImpl& model, ElementImpl& element) noexcept {
+  IncomingList* referrers = std::exchange(Raw::incoming(element), nullptr);
+  model.log().records.push_back({.kind = UndoKind::kDestroy,  // room was made
+                                 .element = element.id(),
+                                 .old = reinterpret_cast<std::uintptr_t>(referrers)});
+  for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
+    const Incoming& entry = referrers->entries()[i];
+    const ElementImpl& owner = *model.pool().at(entry.owner);
+    const PropertyInfo& property = links::propertyOf(owner, entry.link);
+    links::slotAt(owner, property, links::positionOf(entry.link)).target = kNoElement;
+    if (property.has(kMany)) ++listOf(owner, property).holes;
+  }
+  links::withdraw(element);
+  model.identities().remove(element);
+  model.elementGone();
+  Raw::setDestroyed(element, true);
+  Raw::setInLog(element, true);
+}
+
+}  // namespace
+
+void destroy(ElementImpl& element, bool withContents) {
+  ModelImpl& model = element.model();
+  model.checkWritable();
+  ModelImpl::Scope scope(model);
+  detach(element);
+  if (!withContents) {
+    std::vector<ElementImpl*> contents;
+    forEachContained(element, [&](ElementImpl& child) { contents.push_back(&child); });
+    for (ElementImpl* child : contents) detach(*child);
+  }
+  const std::vector<ElementImpl*> doomed = withAllContents(element);
+  std::vector<UndoRecord>& records = model.log().records;
+  if (records.capacity() < records.size() + doomed.size()) {
+    records.reserve(std::max(records.capacity() * 2, records.size() + doomed.size()));
+  }
+  model.holes().clear();
+  for (ElementImpl* one : doomed) retire(model, *one);
+  scope.done();
+}
+
+}  // namespace mf::zero::references

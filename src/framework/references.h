@@ -1,0 +1,37 @@
+// Changes of references and containments by all the rules: what may refer to what,
+// both ends of a two-sided reference, moves between containments, undo and notice.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "framework/element.h"
+
+namespace mf::zero::references {
+
+inline constexpr std::uint32_t kEnd = 0xffffffff;
+
+/// Raises what adding `target` to `property` of `owner` must raise: CannotAddNonExistentObject,
+/// CannotAddIncompatibleTypes, CannotCreateCrossModelAssociation, CannotCreateContainmentCycle.
+void check(const ElementImpl& owner, const PropertyInfo& property, const ElementImpl* target);
+
+/// The slot that holds `target`; empty if none does. As cheap as the shorter of the two lists.
+std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& property,
+                                  const ElementImpl* target);
+
+/// Puts `target` (null empties it) into a single reference or containment; one transaction.
+void set(ElementImpl& owner, const PropertyInfo& property, ElementImpl* target);
+/// Puts `target` into a list before the slot at `position`, or at the end; raises
+/// CannotAddSecondObject if it is held already. One transaction.
+void insert(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
+            ElementImpl* target);
+/// Empties a slot, at both ends; one transaction.
+void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position);
+/// Empties a list; one transaction.
+void clear(ElementImpl& owner, const PropertyInfo& property);
+/// Takes `element` out of all references to it; one transaction.
+void clearIncoming(ElementImpl& element);
+/// Destroys `element`, with its contents or leaving them as roots; one transaction.
+void destroy(ElementImpl& element, bool withContents);
+
+}  // namespace mf::zero::references

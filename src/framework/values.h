@@ -1,0 +1,44 @@
+// Values by description: how a property's value is read from and written to memory,
+// for reflection, builders, change sets and the loading of proxies.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "framework/element.h"
+
+namespace mf::zero::values {
+
+/// The value as it lies in memory; a list for a many-valued property. Looks at nothing else: a
+/// proxy reads as its empty values, a destroyed element as its last ones.
+Value read(const ElementImpl& element, const PropertyInfo& property);
+/// The value without boxing lists: whether it is there at all (see hasPropertyValue).
+bool isPresent(const ElementImpl& element, const PropertyInfo& property);
+
+/// The bytes of a plain number, flag or literal of the property's kind.
+std::size_t sizeOf(const PropertyInfo& property);
+
+/// Raises CannotCastIncompatibleTypes unless `value` is empty or fits one value of the property.
+void checkSingle(const PropertyInfo& property, const Value& value);
+/// The value that a declared default stands for.
+Value parseDefault(const PropertyInfo& property);
+
+// One value of a primitive list, as eight bits of memory or a text.
+
+bool isText(const PropertyInfo& property);
+/// The bits of a number, flag or literal of the property's kind; 0 for the empty value.
+std::uint64_t bitsOf(const PropertyInfo& property, const Value& value);
+Value fromBits(const PropertyInfo& property, std::uint64_t bits);
+
+std::size_t countOf(const PropertyInfo& property, const PrimitiveList& list);
+Value itemAt(const PropertyInfo& property, const PrimitiveList& list, std::size_t index);
+/// Opens room for one more item. Throws std::bad_alloc.
+PrimitiveValues& reserveItem(const PropertyInfo& property, PrimitiveList& list);
+/// Inserts an item for which there is room. `raw` is its bits, or an owned text.
+void insertRaw(const PropertyInfo& property, PrimitiveValues& items, std::size_t index,
+               std::uint64_t raw) noexcept;
+/// Takes an item out and answers its bits or its text, now owned by the caller.
+std::uint64_t removeRaw(const PropertyInfo& property, PrimitiveValues& items,
+                        std::size_t index) noexcept;
+
+}  // namespace mf::zero::values
