@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "framework/class_info.h"
@@ -58,7 +59,7 @@ class MF0_API AbstractMetaPackage {
 
   // The factory operations. Elements belong to the registry's model.
 
-  /// Its identity follows from the URI.
+  /// Its identity follows from the URI without the schema base.
   Package createPackage(std::u16string_view name, std::string_view uri);
   Class createClass(std::u16string_view name, std::string_view qualifiedName, bool isAbstract,
                     const uuid& identity);
@@ -72,36 +73,41 @@ class MF0_API AbstractMetaPackage {
 
  private:
   friend class MetaRegistry;
+  /// What one registration made and looked up.
+  struct Made {
+    Package root;
+    NameMap<Package> packages;  ///< by path
+    NameMap<Type> types;        ///< by qualified name, primitive types included
+    std::unordered_map<uuid, ModelElement> elements;
+    std::vector<std::pair<const MetaLink*, ElementImpl*>> links;  ///< to be set at the end
+  };
+
   void initialize(MetaRegistry& registry);
-  void dropFormer(MetaRegistry& registry);
-  Package createRoot();
+  void registerAll();
+  void registerOtherModules() const;
+  void dropFormer();
+  void createRoot();
 
   void instantiateClass(const ClassInfo& info);
   void instantiateProperty(const PropertyInfo& info);
   void instantiateEnum(const EnumInfo& info);
   void instantiateOperation(const OperationInfo& info, const ClassInfo& owner);
-  void weaveClass(MetaRegistry& registry, const ClassInfo& info, const Package& package);
-  void weaveProperty(MetaRegistry& registry, const PropertyInfo& info, const Class& owner);
-  void weaveOperation(MetaRegistry& registry, const OperationInfo& info, const Class& owner);
-  void weaveEnum(MetaRegistry& registry, PropertySerializerRegistry& serializers,
-                 const EnumInfo& info, const Package& package);
-  void registerClass(MetaRegistry& registry, const ClassInfo& info, const Package& package);
+  void weaveClass(const ClassInfo& info, const Package& package);
+  void weaveProperty(const PropertyInfo& info, const Class& owner);
+  void weaveOperation(const OperationInfo& info, const Class& owner);
+  void weaveEnum(const EnumInfo& info, const Package& package);
+  void registerClass(const ClassInfo& info, const Package& package);
 
-  Class classFor(const ClassInfo& info) const;
-  Type typeFor(MetaRegistry& registry, const PropertyInfo& info) const;
-  Type typeNamed(MetaRegistry& registry, std::string_view name) const;
-  std::string uriOf(const PackageInfo& package) const;
-
-  /// What one registration made, by the link that leads to it.
-  struct Made {
-    Package root;
-    std::vector<Package> packages;  ///< as in the module's table
-    std::unordered_map<const MetaLink*, ModelElement> elements;
-    std::vector<PrimitiveType> primitives;
-    void publish() const noexcept;
-  };
+  template <class X>
+  X create(const uuid& identity);
+  template <class X>
+  X made(const uuid& identity) const;
+  void link(const MetaLink& from, const ModelElement& to);
+  Type typeNamed(std::string_view name);
+  std::string uriOf(std::string_view packagePath) const;
 
   ModuleInfo module_;
+  MetaRegistry* registry_ = nullptr;
   Made made_;
 };
 

@@ -108,17 +108,17 @@ class MF0_API MetaRegistry {
     BuilderFactory factory;
   };
   struct Tables {
-    NameMap<Package> roots;
-    NameMap<Package> packages;
-    NameMap<Type> types;
-    NameMap<Class> classes;  ///< by every name they have
-    std::unordered_map<uuid, std::shared_ptr<const Construction>> constructions;
+    NameMap<Package> roots;     ///< by URI
+    NameMap<Package> packages;  ///< by URI
+    NameMap<Type> types;        ///< by qualified name
+    NameMap<Class> classes;     ///< by every name they have
+    std::unordered_map<ModelElement, std::shared_ptr<const Construction>> constructions;
   };
 
   MetaRegistry();
   template <class Change>
-  auto change(Change&& make);
-  static void index(Tables& tables, const Package& package);
+  void change(Change&& make);
+  static void add(Tables& tables, const Package& package);
   static void remove(Tables& tables, const Package& package);
   std::shared_ptr<const Construction> constructionOf(const Class& type) const;
 
@@ -133,22 +133,19 @@ class MF0_API MetaRegistry {
 class MF0_API Registration {
  public:
   explicit Registration(MetaRegistry& registry);
-  ~Registration();
   Registration(const Registration&) = delete;
   Registration& operator=(const Registration&) = delete;
 
-  /// Publishes what was registered. `publish` is called between the last step that can fail and
-  /// the first that others see.
-  void commit(const std::function<void()>& publish = {});
+  /// Publishes the new versions of both registries and commits. Observers of the meta model that
+  /// throw are heard by the caller; what was registered stays.
+  void commit();
 
  private:
-  struct Tables;
-  MetaRegistry& registry_;
-  PropertySerializerRegistry& serializers_;
   std::unique_lock<RegistryMutex> lock_;
   Model model_;
   Model::Thawer thaw_;
-  bool isOpen_ = true;
+  Staged<MetaRegistry::Tables>::Edit tables_;
+  Staged<PropertySerializerRegistry::Table>::Edit serializers_;
   Transaction transaction_;
 };
 

@@ -36,21 +36,21 @@ MF0_API std::unique_ptr<PropertySerializer> enumSerializer(const EnumInfo& enume
 /// InvalidValue as `fromText` does, and for a type without a text form.
 MF0_API Value valueFromText(const PropertyInfo& property, std::string_view text);
 
-/// The serializers by type. May be used from any thread; changes belong to a registration.
+/// The serializers by type. Look-ups may be made from any thread at any time; changes are made
+/// inside a Registration, and one made outside is a registration of its own.
 class MF0_API PropertySerializerRegistry {
  public:
-  /// Knows the primitive types; other packages add their enumerations.
+  /// Knows the primitive types that have a text form; packages add their enumerations.
   static PropertySerializerRegistry& getInstance();
+  PropertySerializerRegistry(const PropertySerializerRegistry&) = delete;
+  PropertySerializerRegistry& operator=(const PropertySerializerRegistry&) = delete;
 
-  /// Sets the serializer of a type by its qualified name. Raises CannotAddNonExistentObject when
-  /// there is none.
-  void registerSerializer(std::string_view type,
-                          std::shared_ptr<const PropertySerializer> serializer);
+  /// Sets the serializer of the type, in place of an earlier one. Raises
+  /// CannotAddNonExistentObject when there is none to set.
   void registerSerializer(const Type& type, std::shared_ptr<const PropertySerializer> serializer);
-  void unregisterSerializer(std::string_view type);
-
+  /// A type without a serializer is ignored.
+  void unregisterSerializer(const Type& type);
   /// Null for a type without one. Constant time.
-  std::shared_ptr<const PropertySerializer> findSerializer(std::string_view type) const;
   std::shared_ptr<const PropertySerializer> findSerializer(const Type& type) const;
 
  private:
@@ -58,7 +58,11 @@ class MF0_API PropertySerializerRegistry {
   PropertySerializerRegistry();
 
   using Table = NameMap<std::shared_ptr<const PropertySerializer>>;
-  Staged<Table> table_;
+  static Table primitives();
+  template <class Change>
+  void change(Change&& make);
+
+  Staged<Table> table_;  ///< by qualified name
 };
 
 }  // namespace mf::zero::meta

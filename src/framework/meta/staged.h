@@ -29,28 +29,40 @@ using NameMap = std::unordered_map<std::string, T, NameHash, std::equal_to<>>;
 template <class T>
 class Staged {
  public:
-  /// Begins a new version, which this thread alone sees. One at a time.
-  void begin() {
-    next_ = read([](const T& now) { return now; });
-    editor_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+  explicit Staged(T first = {}) : now_(std::move(first)) {}
+
+  /// The next version in the making, which its thread alone sees. One at a time.
+  class Edit {
+   public:
+    explicit Edit(Staged& staged) : staged_(staged) {
+      staged_.next_ = staged_.read([](const T& now) { return now; });
+      staged_.editor_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    }
+    Edit(const Edit&) = delete;
+    Edit& operator=(const Edit&) = delete;
+    ~Edit() {
+      staged_.editor_.store(std::thread::id(), std::memory_order_relaxed);
+      staged_.next_.reset();
+    }
+    void publish() noexcept {
+      const std::unique_lock lock(staged_.mutex_);
+      std::swap(staged_.now_, *staged_.next_);
+    }
+
+   private:
+    Staged& staged_;
+  };
+
+  /// Whether this thread is preparing the next version.
+  bool isEditing() const {
+    return editor_.load(std::memory_order_relaxed) == std::this_thread::get_id();
   }
   T& next() { return *next_; }
-  void publish() noexcept {
-    {
-      const std::unique_lock lock(mutex_);
-      std::swap(now_, *next_);
-    }
-    drop();
-  }
-  void drop() noexcept {
-    editor_.store(std::thread::id(), std::memory_order_relaxed);
-    next_.reset();
-  }
 
   /// What `look(table)` answers about the version that this thread sees.
   template <class Look>
   auto read(Look&& look) const {
-    if (editor_.load(std::memory_order_relaxed) == std::this_thread::get_id()) return look(*next_);
+    if (isEditing()) return look(*next_);
     const std::shared_lock lock(mutex_);
     return look(now_);
   }

@@ -1,5 +1,5 @@
-// Identities made from names: version 3 of RFC 4122, the MD5 digest of a namespace
-// and a name. Usable at compile time, so that tables of fixed identities say names.
+// Identities made from names: version 3 of RFC 4122, the MD5 digest of one namespace
+// and the name. Usable at compile time, so that tables of fixed identities say names.
 #pragma once
 
 #include <array>
@@ -85,19 +85,20 @@ constexpr void Md5::mix() {
 
 }  // namespace detail
 
-/// The version-3 identity of `name` under `space`.
-constexpr uuid nameUuid(const uuid& space, std::string_view name) {
+/// The namespace of all identities that are made from names, for all time.
+inline constexpr uuid kNameSpace = uuid::parse("2e7d7a05-d274-41b2-b11d-e146ff0bb733").value();
+
+/// The identity of whatever has that name: "kxsim.design.Figure".
+constexpr uuid identityOf(std::string_view name) {
   detail::Md5 digest;
-  for (const std::uint64_t half : {space.high, space.low}) {
-    for (int shift = 56; shift >= 0; shift -= 8)
+  for (const std::uint64_t half : {kNameSpace.high, kNameSpace.low}) {
+    for (int shift = 56; shift >= 0; shift -= 8) {
       digest.add(static_cast<std::uint8_t>(half >> shift));
+    }
   }
   for (const char c : name) digest.add(static_cast<std::uint8_t>(c));
   const uuid plain = digest.finish();
   return {(plain.high & ~0xf000U) | 0x3000U, (plain.low & ~(3ULL << 62)) | 2ULL << 62};
 }
-
-/// The namespace of the framework's own classes.
-inline constexpr uuid kFrameworkSpace = uuid::parse("0d1c26a4-93d7-3c8f-9a2c-4e4f0b6b5f11").value();
 
 }  // namespace mf::zero::meta
