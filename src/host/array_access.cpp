@@ -93,7 +93,7 @@ bool sameButForChildren(const Content& a, const Content& b) noexcept {
 ArrayPtr createArray(ClassId classId, Dims dims) {
   switch (classId) {
     case ClassId::Object:
-      detail::fail("UnknownClass", {""});
+      detail::fail("WrongClass", {"built-in", "objects, which createObject makes"});
     case ClassId::Cell:
       return detail::newArray(detail::newCellContent(dims));
     case ClassId::Struct: {

@@ -67,6 +67,7 @@ TEST_F(ArrayTest, SizesThatCannotBeAreRefused) {
   expectHostError("Vexal:host:TooManyElements", create({kMost, 2}));
   expectHostError("Vexal:host:TooManyElements", create({kMost / 8 + 1, 1}));
   expectHostError("Vexal:host:TooManyElements", create({std::size_t{1} << 32, 1U << 31, 2}));
+  expectHostError("Vexal:host:TooManyElements", create({1U << 31, std::size_t{1} << 33, 5}));
   expectHostError("Vexal:host:OutOfMemory", create({std::size_t{1} << 59, 1}));
   expectHostError("Vexal:host:TooManyElements", [] { createCell(kMost / 16, 1); });
   EXPECT_TRUE(isEmpty(createDoubleMatrix(kMost, 0).get()));

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <numbers>
 #include <vector>
 
 #include "host/cell.h"
@@ -86,20 +87,26 @@ TEST_F(DistributionTest, DrawsFollowTheirLaw) {
 }
 
 TEST_F(DistributionTest, TheNormalHasItsTailsAndMoments) {
-  constexpr int kCount = 2'000'000;
+  constexpr int kCount = 8'000'000;
   double square = 0;
   double fourth = 0;
-  int far = 0;
+  double far = 0;
+  double excess = 0;
   for (int k = 0; k < kCount; ++k) {
     const double z = generator().normal();
     square += z * z;
     fourth += z * z * z * z;
-    far += std::abs(z) > 3.7;
+    if (std::abs(z) > 3.7) {
+      ++far;
+      excess += std::abs(z) - 3.7;
+    }
   }
   EXPECT_NEAR(square / kCount, 1, 4 * std::sqrt(2.0 / kCount));
   EXPECT_NEAR(fourth / kCount, 3, 4 * std::sqrt(96.0 / kCount));
   const double expectedFar = 2 * beyond(3.7) * kCount;
-  EXPECT_NEAR(far, expectedFar, 4 * std::sqrt(expectedFar));
+  EXPECT_NEAR(far, expectedFar, 3 * std::sqrt(expectedFar));
+  const double density = std::exp(-3.7 * 3.7 / 2) / std::sqrt(2 * std::numbers::pi);
+  EXPECT_NEAR(excess / far, density / beyond(3.7) - 3.7, 2.5 * 0.24 / std::sqrt(expectedFar));
 }
 
 TEST_F(DistributionTest, BoundsFarOutInTheTailAreKeptAndDrawnFrom) {
