@@ -97,10 +97,19 @@ void ReferenceCollection::insert(std::size_t index, const ModelElement& element)
 }
 
 void ReferenceCollection::append(std::span<const ModelElement> elements) {
+  std::vector<ElementImpl*> impls;
+  impls.reserve(elements.size());
+  for (const ModelElement& element : elements) impls.push_back(element.impl());
+  append(impls);
+}
+
+void ReferenceCollection::append(std::span<ElementImpl* const> elements) {
   ElementImpl& owner = writable(owner_);
   ModelImpl::Scope scope(owner.model());
-  for (const ModelElement& element : elements) {
-    references::insert(owner, *property_, references::kEnd, element.impl());
+  const ReferenceList& list = Raw::at<ReferenceList>(owner, *property_);
+  links::reserveSlots(owner, *property_, list.size + elements.size());
+  for (ElementImpl* element : elements) {
+    references::insert(owner, *property_, references::kEnd, element);
   }
   scope.done();
 }

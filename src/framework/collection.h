@@ -40,6 +40,8 @@ class MF0_API ReferenceCollection {
   void insert(std::size_t index, const ModelElement& element);
   /// Appends all or none.
   void append(std::span<const ModelElement> elements);
+  /// The same, sparing the caller the handles.
+  void append(std::span<ElementImpl* const> elements);
   /// Takes the element out; it stays in the model, as a root if it was contained. Raises
   /// NoSuchElement if it is not held.
   void remove(const ModelElement& element);

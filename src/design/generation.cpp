@@ -1,0 +1,236 @@
+#include "design/generation.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <unordered_map>
+
+#include "design/exhaustive.h"
+#include "design/host.h"
+#include "design/parameter_sample.h"
+
+#if __has_include(<unistd.h>)
+#include <unistd.h>
+#endif
+
+namespace kxsim::design::generation {
+
+namespace {
+
+using mf::zero::ElementImpl;
+
+double physicalMemory() {
+#ifdef _SC_PHYS_PAGES
+  return static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
+#else
+  return 1e18;
+#endif
+}
+
+/// The samples of all runs of one child, run after run, so that combining reads them in a row.
+class SampleTable {
+ public:
+  explicit SampleTable(const std::vector<Iteration>& runs) {
+    starts_.reserve(runs.size() + 1);
+    for (const Iteration& run : runs) {
+      starts_.push_back(samples_.size());
+      for (const ParameterSample& sample : run.parameterSamples()) samples_.push_back(sample.impl());
+    }
+    starts_.push_back(samples_.size());
+  }
+  std::size_t runs() const { return starts_.size() - 1; }
+  /// Samples of the longest run.
+  std::size_t width() const {
+    std::size_t widest = 0;
+    for (std::size_t i = 0; i < runs(); ++i) {
+      widest = std::max(widest, starts_[i + 1] - starts_[i]);
+    }
+    return widest;
+  }
+  void appendRun(std::size_t run, std::vector<ElementImpl*>& to) const {
+    to.insert(to.end(), samples_.begin() + static_cast<std::ptrdiff_t>(starts_[run]),
+              samples_.begin() + static_cast<std::ptrdiff_t>(starts_[run + 1]));
+  }
+
+ private:
+  std::vector<ElementImpl*> samples_;
+  std::vector<std::size_t> starts_;
+};
+
+std::vector<SampleTable> tablesOf(const std::vector<std::vector<Iteration>>& lists) {
+  return {lists.begin(), lists.end()};
+}
+
+void checkFitsMemory(double runs, const std::vector<SampleTable>& tables) {
+  std::size_t width = 0;
+  for (const SampleTable& table : tables) width += table.width();
+  generation::checkFitsMemory(runs, width);
+}
+
+/// A new run that refers to the given samples.
+Iteration createRun(const mf::zero::Model& model, std::span<ElementImpl* const> samples) {
+  Iteration run = Iteration::create(model);
+  run->getParameterSamplesMutable().append(samples);
+  return run;
+}
+
+/// The design matrix for the children's level counts: a row per child, a column per run.
+host::ArrayPtr designMatrix(std::span<const double> levels) {
+  const host::ArrayPtr vector = host::createDoubleMatrix(1, levels.size());
+  std::ranges::copy(levels, host::mutableDoubleData(vector.get()).begin());
+  return host::call("kxsim.design.fullfact", vector.get());
+}
+
+/// The 0-based run that a 1-based level stands for.
+std::size_t runOf(double level, const SampleTable& table) {
+  const double index = level - 1.0;
+  if (!(index >= 0.0 && index < static_cast<double>(table.runs()))) {
+    host::raiseDesignError("InvalidDesignMatrix");
+  }
+  return static_cast<std::size_t>(index);
+}
+
+}  // namespace
+
+void checkFitsMemory(double runs, std::size_t samplesPerRun) {
+  constexpr double kMostRuns = 4e8;   // of a model's element identifiers
+  constexpr double kRunBytes = 80;    // an iteration and its place in the result
+  constexpr double kSampleBytes = 16; // a reference, both ends
+  const double bytes = runs * (kRunBytes + kSampleBytes * static_cast<double>(samplesPerRun));
+  if (runs > kMostRuns || bytes > physicalMemory()) host::raiseDesignError("TooManyIterations");
+}
+
+// Walking the tree: depth first with an explicit path, children before parents.
+
+Plan::Plan(const CombinatorialParameterSpace::Impl& root) {
+  struct Visit {
+    Node node;
+    std::vector<ParameterSpace> open;  ///< children still to be visited, last first
+  };
+  constexpr std::size_t kOnPath = static_cast<std::size_t>(-1);
+  std::unordered_map<const ElementImpl*, std::size_t> positions;
+  std::vector<Visit> path;
+
+  const auto enter = [&](const ParameterSpace& space) {
+    space->resolve();
+    Visit visit{{space, space.as<Exhaustive>().isValid(), true, {}, 0.0}, {}};
+    if (const auto combined = space.as<CombinatorialParameterSpace>()) {
+      visit.node.isLeaf = false;
+      visit.open = combined.parameterSpaces().toContainer();
+      std::ranges::reverse(visit.open);
+    }
+    positions[space.impl()] = kOnPath;
+    path.push_back(std::move(visit));
+  };
+
+  enter(ParameterSpace(const_cast<CombinatorialParameterSpace::Impl*>(&root)));
+  while (!path.empty()) {
+    Visit& top = path.back();
+    if (top.open.empty()) {
+      top.node.count = countOf(top.node);
+      positions[top.node.space.impl()] = nodes_.size();
+      nodes_.push_back(std::move(top.node));
+      path.pop_back();
+      continue;
+    }
+    const ParameterSpace child = top.open.back();
+    const auto known = positions.find(child.impl());
+    if (known == positions.end()) {
+      enter(child);
+      continue;
+    }
+    if (known->second == kOnPath) host::raiseDesignError("SpaceContainsItself");
+    top.node.children.push_back(known->second);
+    top.open.pop_back();
+  }
+}
+
+double Plan::countOf(const Node& node) const {
+  if (node.isLeaf) return node.space->getNumIterations();
+  const auto count = [&](std::size_t child) { return nodes_[node.children[child]].count; };
+  const std::size_t children = node.children.size();
+  if (node.isExhaustive) {
+    double product = 1.0;
+    for (std::size_t j = 0; j < children; ++j) product *= count(j);
+    return product;
+  }
+  if (children == 0) return 0.0;
+  // The running minimum starts from the second child, and from the only one where there is one;
+  // a count that is not a number thus wins only there.
+  double smallest = count(children > 1 ? 1 : 0);
+  for (std::size_t j = 0; j < children; ++j) smallest = count(j) < smallest ? count(j) : smallest;
+  return smallest;
+}
+
+// Building: every listing of a child builds its runs anew.
+
+std::vector<Iteration> Plan::createIterations() const {
+  struct Frame {
+    const Node* node;
+    std::vector<Runs> lists;
+  };
+  std::vector<Frame> frames;
+  frames.push_back({&nodes_.back(), {}});
+  for (;;) {
+    Frame& top = frames.back();
+    if (top.lists.size() < top.node->children.size()) {
+      const Node& child = nodes_[top.node->children[top.lists.size()]];
+      if (child.isLeaf) {
+        top.lists.push_back(child.space->createIterations());
+      } else {
+        frames.push_back({&child, {}});
+      }
+      continue;
+    }
+    Runs runs = combine(*top.node, top.lists);
+    frames.pop_back();
+    if (frames.empty()) return runs;
+    frames.back().lists.push_back(std::move(runs));
+  }
+}
+
+Plan::Runs Plan::combine(const Node& node, const std::vector<Runs>& lists) const {
+  return node.isExhaustive ? fullFactorial(node, lists) : pairUp(node, lists);
+}
+
+Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists) const {
+  std::vector<double> levels;
+  for (const std::size_t child : node.children) levels.push_back(nodes_[child].count);
+  const std::vector<SampleTable> tables = tablesOf(lists);
+  checkFitsMemory(node.count, tables);
+  const host::ArrayPtr matrix = designMatrix(levels);
+  Runs runs;
+  if (!(node.count > 0.0) || levels.empty()) {
+    if (node.count > 0.0) runs.push_back(createRun(node.space->getModel(), {}));
+    return runs;
+  }
+  const std::span<const double> design = host::doubleData(matrix.get());
+  const mf::zero::Model model = node.space->getModel();
+  std::vector<ElementImpl*> samples;
+  for (std::uint64_t i = 0; node.count > static_cast<double>(i); ++i) {
+    if ((i + 1) * levels.size() > design.size()) host::raiseDesignError("InvalidDesignMatrix");
+    samples.clear();
+    for (std::size_t j = 0; j < tables.size(); ++j) {
+      tables[j].appendRun(runOf(design[i * levels.size() + j], tables[j]), samples);
+    }
+    runs.push_back(createRun(model, samples));
+  }
+  return runs;
+}
+
+Plan::Runs Plan::pairUp(const Node& node, const std::vector<Runs>& lists) const {
+  const std::vector<SampleTable> tables = tablesOf(lists);
+  checkFitsMemory(node.count, tables);
+  const mf::zero::Model model = node.space->getModel();
+  Runs runs;
+  std::vector<ElementImpl*> samples;
+  for (std::uint64_t i = 0; node.count > static_cast<double>(i); ++i) {
+    // A count may promise more than a child gives; the shortest list ends it.
+    if (std::ranges::any_of(tables, [i](const SampleTable& t) { return i >= t.runs(); })) break;
+    samples.clear();
+    for (const SampleTable& table : tables) table.appendRun(i, samples);
+    runs.push_back(createRun(model, samples));
+  }
+  return runs;
+}
+
+}  // namespace kxsim::design::generation

@@ -1,0 +1,54 @@
+// The generation of iterations from a tree of combinatorial spaces: counted and
+// checked as a whole first, then built child by child. Nothing recurses, so a tree
+// may be as deep as memory allows.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "design/combinatorial_parameter_space.h"
+#include "design/iteration.h"
+#include "design/parameter_space.h"
+
+namespace kxsim::design::generation {
+
+/// Raises "Kxsim:Design:TooManyIterations" when that many runs of that many samples each are more
+/// than a model or this machine can hold; infinity is too many, NaN and less than none are not.
+void checkFitsMemory(double runs, std::size_t samplesPerRun);
+
+/// A tree of spaces below one combinatorial space, as it stands at construction.
+class Plan {
+ public:
+  /// Walks the tree and counts every space once. Raises "Kxsim:Design:SpaceContainsItself" when a
+  /// space is among its own descendants, and what loading a proxy raises. Changes nothing.
+  explicit Plan(const CombinatorialParameterSpace::Impl& root);
+
+  /// The number of runs: for an exhaustive space the product of its children's, 1 without any; for
+  /// a sequential one the smallest of its children's, 0 without any.
+  double numIterations() const { return nodes_.back().count; }
+
+  /// Builds the runs in order. Raises "Kxsim:Design:TooManyIterations",
+  /// "Kxsim:Design:InvalidDesignMatrix" and what a host function reports; the elements that were
+  /// made by then stay in the model.
+  std::vector<Iteration> createIterations() const;
+
+ private:
+  using Runs = std::vector<Iteration>;
+
+  struct Node {
+    ParameterSpace space;
+    bool isExhaustive;
+    bool isLeaf;
+    std::vector<std::size_t> children;  ///< positions in nodes_, before this one's
+    double count;
+  };
+
+  double countOf(const Node& node) const;
+  Runs combine(const Node& node, const std::vector<Runs>& lists) const;
+  Runs fullFactorial(const Node& node, const std::vector<Runs>& lists) const;
+  Runs pairUp(const Node& node, const std::vector<Runs>& lists) const;
+
+  std::vector<Node> nodes_;  ///< children before parents, the root last
+};
+
+}  // namespace kxsim::design::generation
