@@ -108,7 +108,7 @@ std::span<const double> checkedWeights(std::string_view className, const vxArray
                                        std::size_t count) {
   if (!isClass(weights, ClassId::Double) || elementCount(weights) != count) {
     refuse(className, "Weights must be " + std::to_string(count) +
-                          " numbers, one for each value, " + "not " + describe(weights) + '.');
+                          " numbers, one for each value, not " + describe(weights) + '.');
   }
   const auto data = doubleData(weights);
   const auto isWeight = [](double w) { return w >= 0 && std::isfinite(w); };

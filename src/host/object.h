@@ -66,8 +66,8 @@ VEXAL_API ArrayPtr createObjectArray(std::string_view className, Dims dims);
 /// The element at a 0-based column-major index, borrowed like a cell's element.
 VEXAL_API const vxArray* objectElement(const vxArray* objects, std::size_t index);
 
-/// Stores a copy of a 1-by-1 object. Raises "Vexal:class:ElementClass" when the object's
-/// class is not the array's or one of its subclasses.
+/// Stores a copy of a 1-by-1 object; a 1-by-1 array becomes that object. Raises
+/// "Vexal:class:ElementClass" when the object's class is not the array's or one of its subclasses.
 VEXAL_API void setObjectElement(vxArray* objects, std::size_t index, const vxArray* object);
 
 /// Gives an object array the most specific class that all its elements share; the
