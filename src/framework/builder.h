@@ -38,7 +38,14 @@ class MF0_API BuilderValues {
   // The same by static description; the typed operations forward here.
 
   void set(const PropertyInfo& property, Value value);
+  void set(const PropertyInfo& property, const vxArray* value) {
+    set(property, Value::ofArray(value));
+  }
   void add(const PropertyInfo& property, Value value);
+  template <class T>
+  void addAll(const PropertyInfo& property, std::span<const T> values) {
+    for (const T& value : values) add(property, Value(value));
+  }
   void addChild(const PropertyInfo& property, std::unique_ptr<Builder> child);
   void clear(const PropertyInfo& property);
   /// What was set; otherwise the declared default, or the empty value where there is none.
@@ -48,6 +55,10 @@ class MF0_API BuilderValues {
   template <class T>
   T get(const PropertyInfo& property) const {
     return get(property).template getValue<T>();
+  }
+  template <class X>
+  X getElement(const PropertyInfo& property) const {
+    return get<ModelElement>(property).template as<X>();
   }
 
  private:
@@ -106,11 +117,39 @@ class TypedBuilder : public Builder {
     return X(static_cast<typename X::Impl*>(Builder::create(identity).impl()));
   }
 
- protected:
   /// The values under the class's own names; BuilderImpl adds names and nothing else.
-  auto& values() const {
-    return static_cast<typename X::Impl::BuilderImpl&>(Builder::values());
+  auto& values() const { return static_cast<typename X::Impl::BuilderImpl&>(Builder::values()); }
+
+ protected:
+  // For the generated setters: each answers the builder itself, for the next one in the chain.
+
+  auto& set(const PropertyInfo& property, Value value) {
+    values().set(property, std::move(value));
+    return self();
   }
+  auto& set(const PropertyInfo& property, const vxArray* value) {
+    values().set(property, value);
+    return self();
+  }
+  auto& set(const PropertyInfo& property, std::unique_ptr<Builder> child) {
+    values().addChild(property, std::move(child));
+    return self();
+  }
+  auto& add(const PropertyInfo& property, Value value) {
+    values().add(property, std::move(value));
+    return self();
+  }
+  auto& add(const PropertyInfo& property, std::unique_ptr<Builder> child) {
+    return set(property, std::move(child));
+  }
+  template <class T>
+  auto& addAll(const PropertyInfo& property, std::span<const T> values) {
+    this->values().addAll(property, values);
+    return self();
+  }
+
+ private:
+  auto& self() { return static_cast<typename X::Builder&>(*this); }
 };
 
 /// How a builder of class X (or a subclass) is handed over: copied, moved, or by unique pointer.

@@ -219,6 +219,18 @@ class MF0_API ElementImpl {
   /// `property`: appends to a list, replaces a single one. All or nothing.
   ElementImpl* createInto(const PropertyInfo& property, Builder& builder, const uuid& identity);
 
+  // The same as handles, for the generated accessors.
+
+  template <class X>
+  X element(const ReferenceSlot& slot) const {
+    return X(static_cast<typename X::Impl*>(target(slot)));
+  }
+  template <class X>
+  X createInto(const PropertyInfo& property, const BuilderWrapper<X>& builder,
+               const uuid& identity) {
+    return X(static_cast<typename X::Impl*>(createInto(property, builder.builder(), identity)));
+  }
+
  private:
   friend class ModelImpl;
   friend class ElementPool;
