@@ -1,0 +1,1 @@
+"""Turns the schemas of a model package into its classes."""

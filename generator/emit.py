@@ -1,0 +1,61 @@
+"""The model as source text: templates print, `layout` breaks what is too wide."""
+
+from collections.abc import Iterator
+from pathlib import Path
+
+import jinja2
+
+from generator.layout import fit
+from generator.model import Module, quoted
+
+TEMPLATES = Path(__file__).parent / "templates"
+
+
+def environment() -> jinja2.Environment:
+    made = jinja2.Environment(
+        loader=jinja2.FileSystemLoader(TEMPLATES),
+        undefined=jinja2.StrictUndefined,
+        trim_blocks=True,
+        lstrip_blocks=True,
+        keep_trailing_newline=True,
+    )
+    made.filters["quoted"] = quoted
+    return made
+
+
+def plan(module: Module) -> Iterator[tuple[str, str, dict]]:
+    """Every file of the module: its path, its template and what that is given."""
+    for folder in module.folders:
+        for enum in folder.enums:
+            yield enum.header, "enum.h.j2", {"enum": enum}
+        for cls in folder.classes:
+            yield cls.header, "class.h.j2", {"cls": cls}
+        yield folder.umbrella, "folder.h.j2", {"folder": folder}
+        yield folder.source, "folder.cpp.j2", {"folder": folder}
+    yield module.header, "module.h.j2", {}
+    yield module.source, "module.cpp.j2", {}
+
+
+def outputs(module: Module) -> list[str]:
+    return [path for path, _, _ in plan(module)]
+
+
+def render(module: Module) -> dict[str, str]:
+    """The text of every file by its path."""
+    templates = environment()
+    return {
+        path: fit(templates.get_template(template).render(module=module, **what))
+        for path, template, what in plan(module)
+    }
+
+
+def write(texts: dict[str, str], out: Path) -> int:
+    """Writes the files whose text changed; returns how many these were."""
+    changed = 0
+    for path, text in texts.items():
+        file = out / path
+        if not file.is_file() or file.read_text(encoding="utf-8") != text:
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_text(text, encoding="utf-8")
+            changed += 1
+    return changed
