@@ -98,7 +98,7 @@ constexpr uuid identityOf(std::string_view name) {
   }
   for (const char c : name) digest.add(static_cast<std::uint8_t>(c));
   const uuid plain = digest.finish();
-  return {(plain.high & ~0xf000U) | 0x3000U, (plain.low & ~(3ULL << 62)) | 2ULL << 62};
+  return {(plain.high & ~0xf000ULL) | 0x3000ULL, (plain.low & ~(3ULL << 62)) | 2ULL << 62};
 }
 
 }  // namespace mf::zero::meta

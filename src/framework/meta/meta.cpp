@@ -12,13 +12,19 @@ X handleOf(ElementImpl* element) {
   return X(static_cast<typename X::Impl*>(element));
 }
 
-// The first element of that name; empty if there is none.
-template <class X>
-X named(const ElementSequence<X>& elements, std::u16string_view name) {
-  for (const X& element : elements) {
-    if (element->getName() == name) return element;
+// The first element that matches; empty if there is none. By position, because an iteration is
+// noted in the model, which other threads may be reading too.
+template <class X, class Matches>
+X firstOf(const ElementSequence<X>& elements, Matches matches) {
+  for (std::size_t k = 0; k < elements.size(); ++k) {
+    if (const X element = elements.at(k); matches(element)) return element;
   }
   return {};
+}
+
+template <class X>
+X named(const ElementSequence<X>& elements, std::u16string_view name) {
+  return firstOf(elements, [&](const X& element) { return element->getName() == name; });
 }
 
 }  // namespace
@@ -58,10 +64,8 @@ EnumLiteral Enum::Impl::findLiteral(std::u16string_view name) const {
   return named(getLiterals(), name);
 }
 EnumLiteral Enum::Impl::findLiteral(std::int32_t value) const {
-  for (const EnumLiteral& literal : getLiterals()) {
-    if (literal->getValue() == value) return literal;
-  }
-  return {};
+  return firstOf(getLiterals(),
+                 [&](const EnumLiteral& literal) { return literal->getValue() == value; });
 }
 
 Enum EnumLiteral::Impl::getEnum() const { return getOwner().as<Enum>(); }
@@ -127,7 +131,8 @@ void Class::Impl::setSuperclass(const Class& superclass) {
 std::vector<Property> Class::Impl::getAllProperties() const {
   const Class superclass = getSuperclass();
   std::vector<Property> all = superclass ? superclass->getAllProperties() : std::vector<Property>();
-  for (const Property& property : getProperties()) all.push_back(property);
+  const ElementSequence<Property> own = getProperties();
+  for (std::size_t k = 0; k < own.size(); ++k) all.push_back(own.at(k));
   return all;
 }
 

@@ -1,0 +1,56 @@
+// The entry points that the host calls.
+#include "package/module.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "framework/meta/registry.h"
+#include "host/runtime.h"
+#include "host/vcos/package.h"
+#include "support/host_errors.h"
+
+namespace {
+
+using vcos::COSPackage;
+
+void expectHostPackages() {
+  for (const char* name :
+       {"kinetra", "kinetra.simmanager", "kinetra.simmanager.mm", "kxsim", "kxsim.design",
+        "kxsim.design.internal", "kxsim.design.internal.command"}) {
+    EXPECT_NE(COSPackage::getPackage(name), nullptr) << name;
+  }
+}
+
+TEST(ModuleTest, LoadingAddsTheHostPackagesWithoutRegisteringTheClasses) {
+  VXInitialize_kxsim_design();
+  expectHostPackages();
+  const auto& registry = mf::zero::meta::MetaRegistry::getInstance();
+  EXPECT_TRUE(registry.findType("VxArray"));
+  EXPECT_FALSE(registry.findClass("kxsim.design.Figure"));
+  VXTerminate_kxsim_design();
+  expectHostPackages();
+}
+
+TEST(ModuleTest, LoadingTwiceChangesNothing) {
+  for (const bool everyTime : {false, true}) {
+    omSetVcosUsingUSM(everyTime);
+    VXInitialize_kxsim_design();
+    const COSPackage* const design = COSPackage::getPackage("kxsim.design");
+    VXInitialize_kxsim_design();
+    EXPECT_EQ(COSPackage::getPackage("kxsim.design"), design);
+  }
+  expectHostPackages();
+}
+
+TEST(ModuleTest, AFailedLoadMayBeRepeated) {
+  vexal::start();
+  std::thread([] {
+    vexal::testing::expectHostError("Vexal:host:WrongThread", VXInitialize_kxsim_design);
+  }).join();
+  EXPECT_EQ(COSPackage::getPackage("kxsim"), nullptr);
+  VXInitialize_kxsim_design();
+  expectHostPackages();
+}
+
+}  // namespace
