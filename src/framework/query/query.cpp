@@ -56,21 +56,22 @@ std::vector<const ClassInfo*> Query::classes(const ClassInfo& as) const {
   return admitted;
 }
 
-std::vector<ElementImpl*> Query::find(const ClassInfo& as, std::size_t limit) const {
+template <class Take>
+std::size_t Query::scan(const ClassInfo& as, std::size_t limit, Take take) const {
   if (!model_->isOpen()) reportException(mf0::messages::CannotUseClosedModel());
   for (;;) {
-    std::vector<ElementImpl*> found;
+    std::size_t taken = 0;
     std::vector<ModelElement> proxies;
-    const auto test = [&](ElementImpl& element) {
-      if (found.size() == limit || element.isDestroyed()) return;
+    const auto visit = [&](ElementImpl& element) {
+      if (taken == limit || element.isDestroyed()) return;
       if (element.isProxy() && !conditions_.empty()) {
         proxies.emplace_back(&element);
       } else if (meets(element)) {
-        found.push_back(&element);
+        take(element, taken++);
       }
     };
-    for (const ClassInfo* info : classes(as)) model_->pool().forEach(*info, test);
-    if (proxies.empty()) return found;
+    for (const ClassInfo* info : classes(as)) model_->pool().forEach(*info, visit);
+    if (proxies.empty()) return taken;
     // Loading makes elements, so it waits until nobody goes through them.
     for (const ModelElement& proxy : proxies) {
       if (proxy.isValid()) proxy->resolve();
@@ -78,6 +79,19 @@ std::vector<ElementImpl*> Query::find(const ClassInfo& as, std::size_t limit) co
   }
 }
 
-std::size_t Query::count() const { return find(ModelElement::classInfo(), kAll).size(); }
+std::vector<ElementImpl*> Query::find(const ClassInfo& as, std::size_t limit) const {
+  std::vector<ElementImpl*> found;
+  found.reserve(std::min(limit, model_->size()));
+  const auto take = [&](ElementImpl& element, std::size_t place) {
+    found.resize(place);  // what a scan found that begins again after loading
+    found.push_back(&element);
+  };
+  found.resize(scan(as, limit, take));
+  return found;
+}
+
+std::size_t Query::count() const {
+  return scan(ModelElement::classInfo(), kAll, [](ElementImpl&, std::size_t) {});
+}
 
 }  // namespace mf::zero::query

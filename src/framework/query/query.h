@@ -107,6 +107,8 @@ class MF0_API Query : public AbstractQuery {
     return static_cast<typename X::Impl*>(element);
   }
   std::vector<const ClassInfo*> classes(const ClassInfo& as) const;
+  template <class Take>
+  std::size_t scan(const ClassInfo& as, std::size_t limit, Take take) const;
   std::vector<ElementImpl*> find(const ClassInfo& as, std::size_t limit) const;
 };
 
