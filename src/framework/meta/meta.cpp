@@ -7,11 +7,6 @@
 namespace mf::zero::meta {
 namespace {
 
-template <class X>
-X handleOf(ElementImpl* element) {
-  return X(static_cast<typename X::Impl*>(element));
-}
-
 // The first element that matches; empty if there is none. By position, because an iteration is
 // noted in the model, which other threads may be reading too.
 template <class X, class Matches>
@@ -54,7 +49,7 @@ Package Type::Impl::getPackage() const { return getOwner().as<Package>(); }
 void Type::Impl::setPackage(const Package& package) { package->getTypesMutable().add(Type(this)); }
 
 PrimitiveType Enum::Impl::getUnderlyingType() const {
-  return handleOf<PrimitiveType>(target(read<Storage>().underlyingType));
+  return element<PrimitiveType>(read<Storage>().underlyingType);
 }
 void Enum::Impl::setUnderlyingType(const PrimitiveType& type) {
   assign(kProperties[0], own<Storage>().underlyingType, type);
@@ -75,7 +70,7 @@ void EnumLiteral::Impl::setEnum(const Enum& parent) {
 
 // Properties and operations.
 
-Type TypedElement::Impl::getType() const { return handleOf<Type>(target(read<Storage>().type)); }
+Type TypedElement::Impl::getType() const { return element<Type>(read<Storage>().type); }
 void TypedElement::Impl::setType(const Type& type) {
   assign(kProperties[1], own<Storage>().type, type);
 }
@@ -121,9 +116,7 @@ Value Operation::Impl::invoke(const ModelElement& element) const {
 
 // Class.
 
-Class Class::Impl::getSuperclass() const {
-  return handleOf<Class>(target(read<Storage>().superclass));
-}
+Class Class::Impl::getSuperclass() const { return element<Class>(read<Storage>().superclass); }
 void Class::Impl::setSuperclass(const Class& superclass) {
   assign(kProperties[2], own<Storage>().superclass, superclass);
 }
@@ -162,7 +155,7 @@ bool Class::Impl::isSubclassOf(const Class& other) const {
 
 std::unique_ptr<Builder> Class::Impl::instantiateBuilder(const Model& model) const {
   const BuilderFactory factory =
-      MetaRegistry::getInstance().findBuilderFactory(handleOf<Class>(const_cast<Impl*>(this)));
+      MetaRegistry::getInstance().findBuilderFactory(Class(const_cast<Impl*>(this)));
   if (!factory) reportException(mf0::messages::CannotCreateAbstractClass(getQualifiedName()));
   return factory(model);
 }

@@ -21,8 +21,9 @@ enum class ValueFlags : std::int32_t { kSingle = 1, kMany = 2 };
 }  // namespace meta
 
 template <>
-struct EnumTraits<meta::ValueFlags> {
-  MF0_API static const EnumInfo& info();
+struct MF0_API EnumTraits<meta::ValueFlags> {
+  static const EnumInfo kInfo;
+  static const EnumInfo& info() { return kInfo; }
 };
 
 }  // namespace mf::zero
