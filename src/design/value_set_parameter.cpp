@@ -27,7 +27,7 @@ double ValueSetParameter::Impl::getActualNumIterations() const {
 
 std::vector<Iteration> ValueSetParameter::Impl::createIterations() const {
   std::vector<Iteration> iterations;
-  const Model model = getModel();
+  const mf::zero::Model model = getModel();
   const ParameterType target = getParameterType();
   // Asked anew each time round: an observer of what is created here may change the values.
   for (std::uint64_t k = 0; static_cast<double>(k) < getActualNumIterations(); ++k) {
