@@ -56,8 +56,18 @@ struct Described {
   constexpr PropertyInfo property(const PropertyType& type, std::u16string_view propertyName,
                                   std::uint16_t index, std::size_t offset,
                                   const PropertyFacts& facts = {}) const {
-    return table::property(type, propertyName, index, offset, info,
-                           itemIdentity(qualifiedName, propertyName), facts);
+    return {.name = propertyName,
+            .type = type.name,
+            .kind = type.kind,
+            .flags = static_cast<std::uint16_t>(facts.flags),
+            .index = index,
+            .offset = static_cast<std::uint32_t>(offset),
+            .identity = itemIdentity(qualifiedName, propertyName),
+            .owner = &info,
+            .target = type.target,
+            .enumeration = type.enumeration,
+            .defaultValue = facts.defaultValue,
+            .derive = facts.derive};
   }
   // Answers what contains the element.
   constexpr PropertyInfo owner(const PropertyType& type, std::u16string_view propertyName) const {
