@@ -18,6 +18,8 @@ namespace mf::zero {
 /// a model before `create`, and host-array hooks are not asked.
 class MF0_API BuilderValues {
  public:
+  using ChildBuilder = std::unique_ptr<Builder>;
+
   BuilderValues(const ClassInfo& info, Model model);
   BuilderValues(const BuilderValues&) = delete;
   BuilderValues& operator=(const BuilderValues&) = delete;
@@ -121,30 +123,36 @@ class TypedBuilder : public Builder {
   auto& values() const { return static_cast<typename X::Impl::BuilderImpl&>(Builder::values()); }
 
  protected:
-  // For the generated setters: each answers the builder itself, for the next one in the chain.
+  // For the generated setters: the row in the table of implementation I, whose class X is or
+  // inherits from. Each answers the builder itself, for the next one in the chain.
 
-  auto& set(const PropertyInfo& property, Value value) {
-    values().set(property, std::move(value));
+  template <class I>
+  auto& set(std::size_t row, Value value) {
+    values().set(I::kProperties[row], std::move(value));
     return self();
   }
-  auto& set(const PropertyInfo& property, const vxArray* value) {
-    values().set(property, value);
+  template <class I>
+  auto& set(std::size_t row, const vxArray* value) {
+    values().set(I::kProperties[row], value);
     return self();
   }
-  auto& set(const PropertyInfo& property, std::unique_ptr<Builder> child) {
-    values().addChild(property, std::move(child));
+  template <class I>
+  auto& set(std::size_t row, std::unique_ptr<Builder> child) {
+    values().addChild(I::kProperties[row], std::move(child));
     return self();
   }
-  auto& add(const PropertyInfo& property, Value value) {
-    values().add(property, std::move(value));
+  template <class I>
+  auto& add(std::size_t row, Value value) {
+    values().add(I::kProperties[row], std::move(value));
     return self();
   }
-  auto& add(const PropertyInfo& property, std::unique_ptr<Builder> child) {
-    return set(property, std::move(child));
+  template <class I>
+  auto& add(std::size_t row, std::unique_ptr<Builder> child) {
+    return set<I>(row, std::move(child));
   }
-  template <class T>
-  auto& addAll(const PropertyInfo& property, std::span<const T> values) {
-    this->values().addAll(property, values);
+  template <class I, class T>
+  auto& add(std::size_t row, std::span<const T> all) {
+    values().addAll(I::kProperties[row], all);
     return self();
   }
 

@@ -16,6 +16,10 @@
 
 namespace mf::zero::table {
 
+// So that a source of tables needs one using-directive.
+using namespace mf::zero;
+using namespace mf::zero::literals;
+
 /// The type of a property, as the registry and the runtime know it.
 struct PropertyType {
   std::string_view name;
@@ -53,6 +57,7 @@ struct PropertyFacts {
   Value (*derive)(const ElementImpl&) = nullptr;
 };
 
+/// The row of one property in a class's table.
 constexpr PropertyInfo property(const PropertyType& type, std::u16string_view name,
                                 std::uint16_t index, std::size_t offset, const ClassInfo& owner,
                                 const uuid& identity, const PropertyFacts& facts = {}) {
@@ -75,6 +80,7 @@ constexpr PropertyInfo property(const PropertyType& type, std::u16string_view na
 enum Access : bool { kNotPublic = false, kPublic = true };
 enum Results : bool { kOneResult = false, kManyResults = true };
 
+/// The row of one operation.
 constexpr OperationInfo operation(std::u16string_view name, const uuid& identity, Access access,
                                   std::string_view resultType, Results results,
                                   Value (*invoke)(const ElementImpl&)) {
@@ -89,8 +95,8 @@ constexpr OperationInfo operation(std::u16string_view name, const uuid& identity
 /// For `describe`: a class that has no elements of its own.
 inline constexpr NativeInfo kAbstract = {};
 
-/// `firstIndex` is the index of the first stored property of the class's own, `indexCount` the last
-/// one, inherited ones included.
+/// A class. `firstIndex` is the index of its first own stored property, `indexCount` that of the
+/// last, inherited ones included.
 constexpr ClassInfo describe(std::u16string_view name, std::string_view qualifiedName,
                              std::string_view scopedName, const uuid& identity,
                              const ClassInfo& super, const NativeInfo& native,

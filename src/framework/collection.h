@@ -145,10 +145,4 @@ class WithProxies : public Collection {
 template <class T, class Container>
 using TypedReferenceCollectionWithProxies = WithProxies<TypedReferenceCollection<T, Container>>;
 
-/// Shorthands for the two orders.
-template <class T>
-using ElementSequence = TypedReferenceCollection<T, std::vector<T>>;
-template <class T>
-using ElementSet = TypedReferenceCollection<T, std::unordered_set<T>>;
-
 }  // namespace mf::zero

@@ -13,6 +13,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -31,6 +32,8 @@ class Builder;
 class BuilderValues;
 template <class X>
 class BuilderWrapper;
+template <class T, class Container>
+class TypedReferenceCollection;
 class Constrainables;
 class ElementState;
 class Model;
@@ -210,6 +213,11 @@ class MF0_API ElementImpl {
     if (slot.array != value) changeArray(property, slot, value);
   }
   void assign(const PropertyInfo& property, ReferenceSlot& slot, const ModelElement& value);
+  /// The same by the place in the storage; for generated setters.
+  template <class S, class T, class V>
+  void assign(const PropertyInfo& property, T S::* slot, const V& value) {
+    assign(property, own<S>().*slot, value);
+  }
 
   /// The element in a single reference or containment slot, without resolving it; null if unset.
   ElementImpl* target(const ReferenceSlot& slot) const {
@@ -344,11 +352,19 @@ class MF0_API ModelElement {
   ElementImpl* impl_ = nullptr;
 };
 
+/// A collection of elements of class T, in order or without; see collection.h.
+template <class T>
+using ElementSequence = TypedReferenceCollection<T, std::vector<T>>;
+template <class T>
+using ElementSet = TypedReferenceCollection<T, std::unordered_set<T>>;
+
 /// The typed part that every handle class has: X is the class, Super the handle it derives from.
-template <class X, class Super>
+template <class X, class Super = ModelElement>
 class Handle : public Super {
  public:
   using BuilderWrapper = mf::zero::BuilderWrapper<X>;
+  using Sequence = ElementSequence<X>;
+  using Set = ElementSet<X>;
 
   Handle() = default;
   template <class I>
@@ -364,7 +380,7 @@ class Handle : public Super {
 };
 
 /// The typed part of a class that can be created.
-template <class X, class Super>
+template <class X, class Super = ModelElement>
 class ConcreteHandle : public Handle<X, Super> {
  public:
   using Handle<X, Super>::Handle;
