@@ -30,46 +30,62 @@ def fit_line(line: str) -> list[str]:
     if match := ONE_LINER.match(line):
         indent, head, body = match.groups()
         return [*fit_line(f"{indent}{head} {{"), *fit_line(f"{indent}  {body}"), f"{indent}}}"]
-    return fit_arguments(line)
+    call = line.index("{" if line.endswith("};") else "(")
+    ways = [align(line, call), hang(line, call)]
+    if line[call] == "(" and 0 <= (assigned := line.find(" = ")) < call:
+        indent = " " * (len(line) - len(line.lstrip()) + 4)
+        rest = align(indent + line[assigned + 3 :], call - assigned - 3 + len(indent))
+        ways.insert(0, [line[: assigned + 2], *rest])
+    best = min(ways, key=lambda way: (max(map(len, way)) > WIDTH, len(way)))
+    return [inner for line in best for inner in fit_braces(line)]
 
 
-def fit_arguments(line: str) -> list[str]:
-    """Fills the arguments of the first call or declaration, aligned behind its parenthesis."""
-    opening = line.find("(")
-    if opening < 0:
-        return [line]
-    arguments, rest = split_arguments(line, opening + 1)
-    lines, current = [], line[: opening + 1]
-    indent = " " * len(current)
-    for number, argument in enumerate(arguments):
-        is_last = number == len(arguments) - 1
-        piece = argument + (rest if is_last else ",")
-        joint = "" if current.endswith("(") or not current.strip() else " "
-        if current.strip() and not current.endswith("(") and len(current + joint + piece) > WIDTH:
+def fit_braces(line: str) -> list[str]:
+    """Fills once more where a braced argument alone is too wide."""
+    is_list = len(line) > WIDTH and line.lstrip().startswith("{")
+    return align(line, line.index("{")) if is_list else [line]
+
+
+def align(line: str, opening: int) -> list[str]:
+    """Fills lines with what the bracket at `opening` holds, all of them aligned behind it."""
+    head, pieces = split(line, opening)
+    return fill(head, pieces, " " * len(head))
+
+
+def hang(line: str, opening: int) -> list[str]:
+    """The same on lines of their own, four columns in."""
+    head, pieces = split(line, opening)
+    margin = " " * (len(head) - len(head.lstrip()) + 4)
+    return [head, *fill(margin, pieces, margin)]
+
+
+def fill(first: str, pieces: list[str], indent: str) -> list[str]:
+    """The pieces with spaces between, as many on a line as fit."""
+    lines, current, joint = [], first, ""
+    for piece in pieces:
+        if joint and len(current + joint + piece) > WIDTH:
             lines.append(current)
             current, joint = indent, ""
         current += joint + piece
+        joint = " "
     return [*lines, current]
 
 
-def split_arguments(line: str, start: int) -> tuple[list[str], str]:
-    """The arguments from `start` to the closing parenthesis, and what follows them with it."""
-    arguments, depth, begin, quoted, at = [], 0, start, False, start
-    while at < len(line):
+def split(line: str, opening: int) -> tuple[str, list[str]]:
+    """The line up to the bracket at `opening`, and the pieces after it: what the commas of that
+    bracket separate, the last one with the rest of the line."""
+    pieces, depth, begin, is_quoted = [], 0, opening + 1, False
+    for at in range(begin, len(line)):
         char = line[at]
-        if quoted:
-            at += char == "\\"
-            quoted = char != '"'
-        elif char == '"':
-            quoted = True
+        if char == '"' and line[at - 1] != "\\":
+            is_quoted = not is_quoted
+        elif is_quoted:
+            continue
         elif char in "({[<":
             depth += 1
-        elif char in ")}]>" and depth > 0:
+        elif char in ")}]>":
             depth -= 1
-        elif char == ")":
-            return [*arguments, line[begin:at].strip()], line[at:]
         elif char == "," and depth == 0:
-            arguments.append(line[begin:at].strip())
+            pieces.append(line[begin : at + 1].strip())
             begin = at + 1
-        at += 1
-    return [*arguments, line[begin:].strip()], ""
+    return line[: opening + 1], [*pieces, line[begin:].strip()]

@@ -5,6 +5,7 @@ The templates loop and print; whatever they would have to decide is computed by 
 
 from dataclasses import dataclass, field
 from functools import cached_property
+from itertools import groupby
 
 from generator import names
 from generator.schema import PropertyDecl
@@ -104,6 +105,11 @@ class Literal:
 @dataclass(eq=False)
 class Enum(Type):
     literals: list[Literal] = field(default_factory=list)
+
+    @property
+    def width(self) -> int:
+        """Of the widest enumerator, so that the comments behind them line up."""
+        return max(len(f"{literal.name} = {literal.value},") for literal in self.literals)
 
 
 @dataclass(eq=False)
@@ -209,12 +215,21 @@ class Property:
     def argument(self) -> str:
         return self.argument_in(self.owner.package)
 
+    def wrapper_in(self, package: "Package") -> str:
+        """How a builder of the contained element is handed over."""
+        target = self.type_in(package)
+        return f"mf::zero::BuilderWrapper<{target}>" if self.is_open else f"{target}::BuilderWrapper"
+
+    @cached_property
+    def wrapper(self) -> str:
+        return self.wrapper_in(self.owner.package)
+
     @cached_property
     def collection(self) -> str:
         order = "Sequence" if self.decl.ordered else "Set"
         if not self.is_element:
             return f"mf::zero::Primitive{order}<{self.type}>"
-        plain = f"mf::zero::Element{order}<{self.type}>"
+        plain = f"mf::zero::Element{order}<{self.type}>" if self.is_open else f"{self.type}::{order}"
         return f"mf::zero::WithProxies<{plain}>" if self.with_proxies else plain
 
     @property
@@ -239,13 +254,17 @@ class Property:
         return "mf::zero::Value" if self.is_array else self.type
 
     @cached_property
-    def slot(self) -> str:
-        """The declaration in the storage."""
+    def slot_type(self) -> str:
+        """What the storage holds."""
         if self.many:
-            return f"mf::zero::{'Reference' if self.is_element else 'Primitive'}List {self.lower}"
-        if self.is_element:
-            return f"mf::zero::ReferenceSlot {self.lower}"
-        return f"{self.primitive.slot} {self.lower}{self.primitive.initial}"
+            return f"mf::zero::{'Reference' if self.is_element else 'Primitive'}List"
+        return "mf::zero::ReferenceSlot" if self.is_element else self.primitive.slot
+
+    @cached_property
+    def slot(self) -> str:
+        """The name in the storage, with what it begins with."""
+        is_plain = not self.many and not self.is_element
+        return self.lower + (self.primitive.initial if is_plain else "")
 
     @cached_property
     def read(self) -> str:
@@ -373,16 +392,18 @@ class Class(Type):
         return [p for p in self.properties if not p.is_derived]
 
     @cached_property
+    def slots(self) -> list[str]:
+        """The declarations of the storage: neighbours of one type in one."""
+        groups = groupby(self.stored, key=lambda p: p.slot_type)
+        return [f"{slot_type} {', '.join(p.slot for p in group)}" for slot_type, group in groups]
+
+    @cached_property
     def first_index(self) -> int:
         return self.super.index_count + 1 if self.super else 1
 
     @cached_property
     def index_count(self) -> int:
         return self.first_index - 1 + len(self.stored)
-
-    @cached_property
-    def words(self) -> str:
-        return names.words(self.name)
 
     # How it is spelled. --------------------------------------------------------------------------
 
@@ -393,7 +414,7 @@ class Class(Type):
     @cached_property
     def handle_base(self) -> str:
         kind = "Handle" if self.is_abstract else "ConcreteHandle"
-        return f"mf::zero::{kind}<{self.name}, {self.super_name or 'mf::zero::ModelElement'}>"
+        return f"mf::zero::{kind}<{self.name}{', ' if self.super else ''}{self.super_name}>"
 
     @cached_property
     def impl_base(self) -> str:
@@ -453,7 +474,7 @@ class BuilderProperty:
     @property
     def argument(self) -> str:
         if self.property.is_containment:
-            return f"mf::zero::BuilderWrapper<{self.property.type_in(self.cls.package)}>"
+            return self.property.wrapper_in(self.cls.package)
         return self.property.argument_in(self.cls.package)
 
     @property
@@ -463,6 +484,11 @@ class BuilderProperty:
     @property
     def value(self) -> str:
         return "value.release()" if self.property.is_containment else "value"
+
+    @property
+    def step(self) -> str:
+        """The body of the setter."""
+        return f"return {self.verb}<{self.table}>({self.property.row}, {self.value});"
 
     @property
     def is_open(self) -> bool:

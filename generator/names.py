@@ -32,7 +32,9 @@ OPERATIONS = frozenset(
     resolve revertUnchanged set
     """.split()
 )
-NESTED = frozenset("Builder BuilderImpl BuilderWrapper Constrainables Impl Storage".split())
+NESTED = frozenset(
+    "Builder BuilderImpl BuilderWrapper ChildBuilder Constrainables Impl Sequence Set Storage".split()
+)
 
 
 def lower_camel(name: str) -> str:
@@ -53,11 +55,6 @@ def snake(name: str) -> str:
 def scoped(path: str) -> str:
     """A dotted path as C++ spells it."""
     return path.replace(".", "::")
-
-
-def words(name: str) -> str:
-    """A name as a comment spells it: SimulationRun becomes simulation run."""
-    return snake(name).replace("_", " ")
 
 
 def identity(qualified_name: str) -> uuid.UUID:
