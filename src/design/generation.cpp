@@ -47,8 +47,7 @@ class SampleTable {
     return widest;
   }
   void appendRun(std::size_t run, std::vector<ElementImpl*>& to) const {
-    to.insert(to.end(), samples_.begin() + static_cast<std::ptrdiff_t>(starts_[run]),
-              samples_.begin() + static_cast<std::ptrdiff_t>(starts_[run + 1]));
+    for (std::size_t i = starts_[run]; i < starts_[run + 1]; ++i) to.push_back(samples_[i]);
   }
 
  private:

@@ -104,14 +104,7 @@ void ReferenceCollection::append(std::span<const ModelElement> elements) {
 }
 
 void ReferenceCollection::append(std::span<ElementImpl* const> elements) {
-  ElementImpl& owner = writable(owner_);
-  ModelImpl::Scope scope(owner.model());
-  const ReferenceList& list = Raw::at<ReferenceList>(owner, *property_);
-  links::reserveSlots(owner, *property_, list.size + elements.size());
-  for (ElementImpl* element : elements) {
-    references::insert(owner, *property_, references::kEnd, element);
-  }
-  scope.done();
+  references::append(writable(owner_), *property_, elements);
 }
 
 void ReferenceCollection::remove(const ModelElement& element) {

@@ -250,6 +250,64 @@ void insert(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posi
   scope.done();
 }
 
+namespace {
+
+/// Lists up to this long are compared element by element, which beats every cleverness.
+constexpr std::size_t kShortList = 32;
+
+/// Checks a few targets for a short list, against it and against each other.
+void checkFew(const ElementImpl& owner, const PropertyInfo& property,
+              std::span<ElementImpl* const> targets) {
+  const ReferenceList& list = listOf(owner, property);
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    check(owner, property, targets[i]);
+    const auto earlier = targets.first(i);
+    bool held = std::ranges::find(earlier, targets[i]) != earlier.end();
+    const ElementId id = targets[i]->id();
+    for (std::uint32_t k = 0; k < list.size; ++k) held |= list.slots[k].target == id;
+    if (held) reportException(mf0::messages::CannotAddSecondObject());
+  }
+}
+
+/// The quick way for a short list of plain references: all checks, all room, one record, no undo.
+void appendFew(ElementImpl& owner, const PropertyInfo& property,
+               std::span<ElementImpl* const> targets) {
+  ModelImpl& model = owner.model();
+  checkFew(owner, property, targets);
+  ReferenceList& list = listOf(owner, property);
+  links::reserveSlots(owner, property, list.size + targets.size());
+  for (ElementImpl* target : targets) links::reserveReferrer(*target);
+  if (model.isRecording() && !coveredByCreation(model, owner, property)) {
+    model.log().add({.kind = UndoKind::kInsert,
+                     .property = property.index,
+                     .element = owner.id(),
+                     .position = list.size,
+                     .count = static_cast<std::uint32_t>(targets.size())});
+  }
+  for (ElementImpl* target : targets) {
+    list.slots[list.size] = {};
+    ++list.holes;
+    links::place(owner, property, list.size++, *target);
+  }
+  model.publishIfOutermost();
+}
+
+}  // namespace
+
+void append(ElementImpl& owner, const PropertyInfo& property,
+            std::span<ElementImpl* const> targets) {
+  ModelImpl& model = owner.model();
+  model.checkWritable();
+  if (targets.empty()) return;
+  if (isSimple(property) && listOf(owner, property).size + targets.size() <= kShortList) {
+    return appendFew(owner, property, targets);
+  }
+  ModelImpl::Scope scope(model);
+  links::reserveSlots(owner, property, listOf(owner, property).size + targets.size());
+  for (ElementImpl* target : targets) insert(owner, property, kEnd, target);
+  scope.done();
+}
+
 void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
   ModelImpl& model = owner.model();
   model.checkWritable();

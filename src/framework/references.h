@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "framework/element.h"
 
@@ -25,6 +26,8 @@ void set(ElementImpl& owner, const PropertyInfo& property, ElementImpl* target);
 /// CannotAddSecondObject if it is held already. One transaction.
 void insert(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
             ElementImpl* target);
+/// Puts all of `targets` at the end of a list, or none; one transaction.
+void append(ElementImpl& owner, const PropertyInfo& property, std::span<ElementImpl* const> targets);
 /// Empties a slot, at both ends; one transaction.
 void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position);
 /// Empties a list; one transaction.
