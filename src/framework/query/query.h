@@ -9,6 +9,7 @@
 
 #include "framework/element.h"
 #include "framework/export.h"
+#include "framework/meta/meta.h"
 #include "framework/model.h"
 #include "framework/query/constraints.h"
 
