@@ -107,8 +107,8 @@ def check_name(prop: Property, problems: Problems) -> None:
 
 
 def generated_names(prop: Property) -> list[str]:
-    """The members that a property adds to the handle and to the implementation."""
-    members = [prop.lower, f"get{prop.upper}", f"set{prop.upper}", f"has{prop.upper}"]
+    """The members that a property adds to the implementation."""
+    members = [f"get{prop.upper}", f"set{prop.upper}", f"has{prop.upper}"]
     if prop.many:
         members.append(f"get{prop.upper}Mutable")
     if prop.is_containment:
@@ -120,26 +120,24 @@ def generated_names(prop: Property) -> list[str]:
 
 def check_members(cls: Class, problems: Problems) -> None:
     """No member hides or repeats another, an inherited one included."""
-    taken: dict[str, tuple[str, Class]] = {}
-    inherited = cls.super.all_properties if cls.super else []
-    for prop in [*inherited, *cls.properties]:
-        for member in generated_names(prop):
-            name, owner = taken.get(member, (prop.name, None))
-            if owner is not None and prop.owner is cls:
-                problems.add(prop.where, member_problem(prop, name, owner, member))
-                break
-        for member in generated_names(prop):
-            taken.setdefault(member, (prop.name, prop.owner))
-    for operation in cls.all_operations:
-        if operation.owner is cls and operation.name in taken:
-            problems.add(operation.where, f"'{operation.name}' is also made for a property")
-        taken[operation.name] = (operation.name, operation.owner)
+    taken: dict[str, Property] = {}
+    for prop in cls.all_properties:
+        members = generated_names(prop)
+        clash = next((member for member in members if member in taken), None)
+        if clash is not None and prop.owner is cls:
+            problems.add(prop.where, member_problem(prop, taken[clash], clash))
+        for member in members:
+            taken.setdefault(member, prop)
+    for operation in cls.operations:
+        if operation.name in taken:
+            made_for = taken[operation.name].name
+            problems.add(operation.where, f"'{operation.name}' is also made for {made_for}")
 
 
-def member_problem(prop: Property, name: str, owner: Class, member: str) -> str:
-    if name == prop.name:
-        return "is declared twice" if owner is prop.owner else f"hides {owner.name}.{name}"
-    return f"makes the same '{member}' as {owner.name}.{name}"
+def member_problem(prop: Property, other: Property, member: str) -> str:
+    if prop.name != other.name:
+        return f"makes the same '{member}' as {other.owner.name}.{other.name}"
+    return "is declared twice" if other.owner is prop.owner else f"hides {other.owner.name}'s"
 
 
 def check_operations(cls: Class, problems: Problems) -> None:

@@ -30,7 +30,9 @@ def fit_line(line: str) -> list[str]:
     if match := ONE_LINER.match(line):
         indent, head, body = match.groups()
         return [*fit_line(f"{indent}{head} {{"), *fit_line(f"{indent}  {body}"), f"{indent}}}"]
-    call = line.index("{" if line.endswith("};") else "(")
+    call = line.find("{" if line.endswith("};") else "(")
+    if call < 0:
+        return enumerate_names(line)
     ways = [align(line, call), hang(line, call)]
     if line[call] == "(" and 0 <= (assigned := line.find(" = ")) < call:
         indent = " " * (len(line) - len(line.lstrip()) + 4)
@@ -44,6 +46,13 @@ def fit_braces(line: str) -> list[str]:
     """Fills once more where a braced argument alone is too wide."""
     is_list = len(line) > WIDTH and line.lstrip().startswith("{")
     return align(line, line.index("{")) if is_list else [line]
+
+
+def enumerate_names(line: str) -> list[str]:
+    """Fills lines with the names that one declaration declares."""
+    indent = " " * (len(line) - len(line.lstrip()) + 4)
+    *pieces, last = line.split(", ")
+    return fill("", [*(f"{piece}," for piece in pieces), last], indent)
 
 
 def align(line: str, opening: int) -> list[str]:

@@ -244,7 +244,7 @@ class Property:
     @cached_property
     def getter_result(self) -> str:
         """What the implementation's getter returns."""
-        if self.is_element or self.target is not None or self.is_derived:
+        if self.many or self.target is not None or self.is_derived:
             return self.result
         return self.primitive.getter or self.result
 
@@ -526,11 +526,10 @@ class Folder:
         return sorted(item.header for item in [*self.classes, *self.enums])
 
     @property
-    def source_includes(self) -> list[str]:
+    def opened_headers(self) -> list[str]:
         """Of the classes that other folders define and these must know to their ends."""
         used = [p for cls in self.classes for p in cls.all_properties if p.is_open]
-        opened = {p.target for p in used if p.target.folder is not self}
-        return sorted(t.header for t in opened)
+        return sorted({p.target.header for p in used if p.target.folder is not self})
 
 
 @dataclass(eq=False)
