@@ -100,8 +100,20 @@ class MetaRegistrationTest : public ::testing::Test {
   ~MetaRegistrationTest() override {
     EXPECT_TRUE(registry_.model()->isFrozen());
     EXPECT_FALSE(registry_.model()->isInTransaction());
+    forgetTheModule();
   }
 
+  // As if the module had never been registered, for the next test.
+  void forgetTheModule() {
+    Registration registration(registry_);
+    registry_.unregisterRootPackage(kUri);
+    if (const Package root = rootElement()) root->destroy();
+    registration.commit();
+    for (const PropertyInfo& property : kPartProperties) property.meta.set(nullptr);
+    for (const OperationInfo& operation : kPartOperations) operation.meta.set(nullptr);
+    kPart.meta.set(nullptr);
+    kColour.meta.set(nullptr);
+  }
   Class part() const { return registry_.findClass("shop.parts.Part"); }
   Package rootElement() { return registry_.model()->findElement(kRoot).as<Package>(); }
   void expectNothingRegistered() {

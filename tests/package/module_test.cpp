@@ -23,11 +23,12 @@ void expectHostPackages() {
 }
 
 TEST(ModuleTest, LoadingAddsTheHostPackagesWithoutRegisteringTheClasses) {
+  const auto& registry = mf::zero::meta::MetaRegistry::getInstance();
+  const auto before = registry.findClass("kxsim.design.Figure");
   VXInitialize_kxsim_design();
   expectHostPackages();
-  const auto& registry = mf::zero::meta::MetaRegistry::getInstance();
   EXPECT_TRUE(registry.findType("VxArray"));
-  EXPECT_FALSE(registry.findClass("kxsim.design.Figure"));
+  EXPECT_EQ(registry.findClass("kxsim.design.Figure"), before);
   VXTerminate_kxsim_design();
   expectHostPackages();
 }
@@ -40,11 +41,13 @@ TEST(ModuleTest, LoadingTwiceChangesNothing) {
     VXInitialize_kxsim_design();
     EXPECT_EQ(COSPackage::getPackage("kxsim.design"), design);
   }
+  omSetVcosUsingUSM(false);
   expectHostPackages();
 }
 
 TEST(ModuleTest, AFailedLoadMayBeRepeated) {
   vexal::start();
+  if (COSPackage::getPackage("kxsim")) GTEST_SKIP() << "needs a process of its own";
   std::thread([] {
     vexal::testing::expectHostError("Vexal:host:WrongThread", VXInitialize_kxsim_design);
   }).join();

@@ -82,7 +82,7 @@ struct Described {
             qualifiedName,
             scopedName,
             identityOf(qualifiedName),
-            native.construct == nullptr,
+            native.storageSize == 0,
             &super,
             properties,
             {},

@@ -1,8 +1,9 @@
 // The meta elements that can be the type of something, and what they have in common.
 //
 // Meta elements are elements like any other, of a model that the meta registry owns.
-// Their typed getters may be called from any thread once the package is registered;
-// they change only while a package is being registered.
+// Their typed getters, and their collections by position, may be read from any thread
+// while no package is being registered. Iterating over a collection and reading by
+// reflection are for one thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -19,7 +19,8 @@ using vcos::COSPackage;
 using vexal::testing::expectHostError;
 
 TEST(HostBoundaryTest, TheHostArrayTypeIsThereOnceTheHostIsAttached) {
-  const meta::MetaRegistry& registry = meta::MetaRegistry::getInstance();
+  meta::MetaRegistry& registry = meta::MetaRegistry::getInstance();
+  registry.unregisterPrimitiveType(kHostArrayType);
   EXPECT_FALSE(registry.findType(kHostArrayType));
   std::thread(attachToHost).join();  // not tied to the host's thread
   const meta::Type type = registry.findType(kHostArrayType);
