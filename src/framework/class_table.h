@@ -107,7 +107,7 @@ constexpr ClassInfo describe(std::u16string_view name, std::string_view qualifie
           .qualifiedName = qualifiedName,
           .scopedName = scopedName,
           .identity = identity,
-          .isAbstract = native.construct == nullptr,
+          .isAbstract = native.storageSize == 0,
           .super = &super,
           .properties = properties,
           .operations = operations,
