@@ -56,7 +56,6 @@ class MF0_API MetaRegistry {
 
   /// The model of all meta elements. Frozen; thawed by a Registration while it lasts.
   const Model& model() const { return model_; }
-  RegistryMutex& mutex() { return mutex_; }
 
   // Packages and types.
 
