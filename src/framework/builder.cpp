@@ -146,16 +146,14 @@ BuilderValues& Builder::values() const {
 meta::Class Builder::getMetaClass() const { return values().getMetaClass(); }
 
 ModelElement Builder::create(const uuid& identity) const {
-  return ModelElement(Creation::create(values(), identity));
+  return Creation::create(values(), identity);
 }
 
-ElementImpl* createElement(const ClassInfo& info, const Model& model, const uuid& identity) {
+ModelElement createElement(const ClassInfo& info, const Model& model, const uuid& identity) {
   if (!model || !model->isOpen()) reportException(mf0::messages::CannotCreateWithoutModel());
-  ElementImpl* element = model->createElement(info, identity, true);
-  if (model->isRecording()) {
-    const ModelElement keep(element);
-    model->publishIfOutermost();
-  }
+  // A handle before anybody is told: an observer may destroy what was just made.
+  ModelElement element(model->createElement(info, identity, true));
+  model->publishIfOutermost();
   return element;
 }
 

@@ -81,18 +81,18 @@ struct Task {
 
 }  // namespace
 
-ElementImpl* Creation::create(const BuilderValues& root, const uuid& identity) {
+ModelElement Creation::create(const BuilderValues& root, const uuid& identity) {
   const Model& model = root.model();
   if (!model || !model->isOpen()) reportException(mf0::messages::CannotCreateWithoutModel());
   ModelImpl::Scope scope(*model.impl());
-  ElementImpl* created = nullptr;
+  ModelElement created;
   // Breadth first, so that deep contents do not deepen the stack and lists keep their order.
   std::vector<Task> tasks{{&root, nullptr, nullptr}};
   for (std::size_t i = 0; i < tasks.size(); ++i) {
     const Task task = tasks[i];
     ElementImpl* element = model->createElement(task.values->classInfo(),
                                                 created ? uuid{} : identity, true);
-    if (!created) created = element;
+    if (!created) created = ModelElement(element);
     if (task.owner) {
       task.property->has(kMany)
           ? references::insert(*task.owner, *task.property, references::kEnd, element)
@@ -103,7 +103,6 @@ ElementImpl* Creation::create(const BuilderValues& root, const uuid& identity) {
       if (item.child) tasks.push_back({&item.child->values(), element, item.property});
     }
   }
-  const ModelElement keep(created);
   scope.done();
   return created;
 }

@@ -10,7 +10,7 @@ namespace mf::zero {
 class Creation {
  public:
   /// Creates the element of a builder and of all its child builders, in one transaction.
-  static ElementImpl* create(const BuilderValues& values, const uuid& identity);
+  static ModelElement create(const BuilderValues& values, const uuid& identity);
   /// Gives a proxy the values that a loader collected, unrecorded. Checks everything first.
   static void fillProxy(ElementImpl& proxy, const BuilderValues& values);
   /// Empties everything that a loader can bring back; containment stays.

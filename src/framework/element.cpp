@@ -193,19 +193,19 @@ void ElementImpl::inverseRemove(const ModelElement& element, const meta::Propert
   references::removeSlot(*this, info, *position);
 }
 
-ElementImpl* ElementImpl::createInto(const PropertyInfo& property, Builder& builder,
+ModelElement ElementImpl::createInto(const PropertyInfo& property, Builder& builder,
                                      const uuid& identity) {
   if (flags_ & kAttention) refuseChange();
   ModelImpl::Scope scope(model());
   builder.setModel(getModel());
-  const ModelElement child = builder.create(identity);
+  ModelElement child = builder.create(identity);
   if (property.has(kMany)) {
     references::insert(*this, property, references::kEnd, child.impl());
   } else {
     references::set(*this, property, child.impl());
   }
   scope.done();
-  return child.impl();
+  return child;
 }
 
 }  // namespace mf::zero

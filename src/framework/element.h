@@ -225,7 +225,7 @@ class MF0_API ElementImpl {
   }
   /// Creates an element from `builder` with that identity inside this element's containment
   /// `property`: appends to a list, replaces a single one. All or nothing.
-  ElementImpl* createInto(const PropertyInfo& property, Builder& builder, const uuid& identity);
+  ModelElement createInto(const PropertyInfo& property, Builder& builder, const uuid& identity);
 
   // The same as handles, for the generated accessors.
 
@@ -236,7 +236,8 @@ class MF0_API ElementImpl {
   template <class X>
   X createInto(const PropertyInfo& property, const BuilderWrapper<X>& builder,
                const uuid& identity) {
-    return X(static_cast<typename X::Impl*>(createInto(property, builder.builder(), identity)));
+    const auto created = createInto(property, builder.builder(), identity);
+    return X(static_cast<typename X::Impl*>(created.impl()));
   }
 
  private:
@@ -284,9 +285,6 @@ class MF0_API ElementImpl {
 };
 
 static_assert(sizeof(ElementImpl) == kStorageOffset);
-
-/// Creates an element of a concrete class with defaults; the body of every `X::create`.
-MF0_API ElementImpl* createElement(const ClassInfo& info, const Model& model, const uuid& identity);
 
 /// The handle of any element: a counted reference. Copies share the element; an empty handle tests
 /// false, and using one raises CannotUseEmptyHandle. A handle keeps its model alive, and outlives
@@ -352,6 +350,9 @@ class MF0_API ModelElement {
   ElementImpl* impl_ = nullptr;
 };
 
+/// Creates an element of a concrete class with defaults; the body of every `X::create`.
+MF0_API ModelElement createElement(const ClassInfo& info, const Model& model, const uuid& identity);
+
 /// A collection of elements of class T, in order or without; see collection.h.
 template <class T>
 using ElementSequence = TypedReferenceCollection<T, std::vector<T>>;
@@ -389,7 +390,8 @@ class ConcreteHandle : public Handle<X, Super> {
   /// fresh one. Raises CannotCreateWithoutModel for an empty or closed model and
   /// CannotCreateDuplicateIdentity when the model holds that identity already.
   static X create(const Model& model, const uuid& identity = {}) {
-    return X(static_cast<typename X::Impl*>(createElement(X::Impl::kClass, model, identity)));
+    const ModelElement created = createElement(X::Impl::kClass, model, identity);
+    return X(static_cast<typename X::Impl*>(created.impl()));
   }
 };
 

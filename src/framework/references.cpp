@@ -382,8 +382,13 @@ void retire(ModelImpl& model, ElementImpl& element) noexcept {
     const Incoming& entry = referrers->entries()[i];
     const ElementImpl& owner = *model.pool().at(entry.owner);
     const PropertyInfo& property = links::propertyOf(owner, entry.link);
-    links::slotAt(owner, property, links::positionOf(entry.link)).target = kNoElement;
-    if (property.has(kMany)) ++listOf(owner, property).holes;
+    const std::uint32_t position = links::positionOf(entry.link);
+    links::slotAt(owner, property, position).target = kNoElement;
+    if (!property.has(kMany)) continue;
+    ++listOf(owner, property).holes;
+    if (!model.holes().empty()) {
+      model.holes().removed(HoleIndexes::key(entry.owner, property.index), position);
+    }
   }
   links::withdraw(element);
   model.identities().remove(element);
@@ -409,7 +414,6 @@ void destroy(ElementImpl& element, bool withContents) {
   if (records.capacity() < records.size() + doomed.size()) {
     records.reserve(std::max(records.capacity() * 2, records.size() + doomed.size()));
   }
-  model.holes().clear();
   for (ElementImpl* one : doomed) retire(model, *one);
   scope.done();
 }

@@ -58,8 +58,11 @@ ChangeIndex& UndoLog::index() {
 }
 
 void UndoLog::clear() {
+  constexpr std::size_t kKept = 4096;  // room that is worth keeping for the next transaction
   records.clear();
   changes.clear();
+  if (records.capacity() > kKept) records.shrink_to_fit();
+  if (changes.capacity() > kKept) changes.shrink_to_fit();
   indexed_ = false;
   newestId_ = kNoElement;
 }

@@ -90,8 +90,8 @@ class MF0_API Value {
   /// The items of a list; none for any other value.
   std::span<const Value> items() const;
 
-  /// Equality of kind and content: doubles by ==, texts by content, arrays by identity of what is
-  /// held, elements by identity, lists item by item.
+  /// Equality of kind and content: doubles by ==, texts and host arrays by content, elements by
+  /// identity, lists item by item.
   bool operator==(const Value& other) const;
 
   /// Short readable form for messages and logs.
