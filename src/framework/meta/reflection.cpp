@@ -3,6 +3,7 @@
 #include "framework/change_set.h"
 #include "framework/element.h"
 #include "framework/meta/meta.h"
+#include "framework/model_impl.h"
 
 namespace mf::zero {
 namespace {
@@ -67,6 +68,12 @@ const PropertyInfo& ElementImpl::checkedInfo(const meta::Property& property) con
     reportException(mf0::messages::NoSuchProperty(classInfo().qualifiedName, toUtf8(info.name)));
   }
   return info;
+}
+
+ModelElement ModelImpl::createProxy(const meta::Class& metaClass, const uuid& identity) {
+  const ClassInfo* info = metaClass->info();
+  if (!info) reportException(mf0::messages::NoSuchType(metaClass->getQualifiedName()));
+  return createProxy(*info, identity);
 }
 
 meta::Class BuilderValues::getMetaClass() const { return meta::classOf(*info_); }
