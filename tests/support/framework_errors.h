@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <source_location>
 #include <string>
 
 #include "framework/messages.h"
@@ -12,10 +11,10 @@ namespace mf::zero::testing {
 
 /// Runs the action, which must raise message M and no other; returns its text.
 template <class M, class Action>
-std::string expectRaises(Action&& action,
-                         std::source_location at = std::source_location::current()) {
+std::string expectRaises(Action&& action, const char* file = __builtin_FILE(),
+                         int line = __builtin_LINE()) {
   namespace except = foundation::core::except;
-  const ::testing::ScopedTrace trace(at.file_name(), static_cast<int>(at.line()), "called here");
+  const ::testing::ScopedTrace trace(file, line, "called here");
   try {
     action();
   } catch (const except::Exception<M, std::exception>& error) {
