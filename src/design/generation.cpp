@@ -33,7 +33,7 @@ class SampleTable {
     starts_.reserve(runs.size() + 1);
     for (const Iteration& run : runs) {
       starts_.push_back(samples_.size());
-      for (const ParameterSample& sample : run.parameterSamples()) samples_.push_back(sample.impl());
+      for (const ParameterSample& sample : run.parameterSamples()) samples_.push_back(sample);
     }
     starts_.push_back(samples_.size());
   }
@@ -46,12 +46,14 @@ class SampleTable {
     }
     return widest;
   }
-  void appendRun(std::size_t run, std::vector<ElementImpl*>& to) const {
-    for (std::size_t i = starts_[run]; i < starts_[run + 1]; ++i) to.push_back(samples_[i]);
+  /// Writes the samples of a run to `to`; answers where they end.
+  ElementImpl** writeRun(std::size_t run, ElementImpl** to) const {
+    for (std::size_t i = starts_[run]; i < starts_[run + 1]; ++i) *to++ = samples_[i].impl();
+    return to;
   }
 
  private:
-  std::vector<ElementImpl*> samples_;
+  std::vector<mf::zero::ModelElement> samples_;  ///< held: an observer may destroy them meanwhile
   std::vector<std::size_t> starts_;
 };
 
@@ -59,10 +61,11 @@ std::vector<SampleTable> tablesOf(const std::vector<std::vector<Iteration>>& lis
   return {lists.begin(), lists.end()};
 }
 
-void checkFitsMemory(double runs, const std::vector<SampleTable>& tables) {
+/// The most samples that a combined run can have.
+std::size_t widthOf(const std::vector<SampleTable>& tables) {
   std::size_t width = 0;
   for (const SampleTable& table : tables) width += table.width();
-  generation::checkFitsMemory(runs, width);
+  return width;
 }
 
 /// A new run that refers to the given samples.
@@ -195,39 +198,38 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
   std::vector<double> levels;
   for (const std::size_t child : node.children) levels.push_back(nodes_[child].count);
   const std::vector<SampleTable> tables = tablesOf(lists);
-  checkFitsMemory(node.count, tables);
+  std::vector<ElementImpl*> samples(widthOf(tables));
+  checkFitsMemory(node.count, samples.size());
   const host::ArrayPtr matrix = designMatrix(levels);
   Runs runs;
-  if (!(node.count > 0.0) || levels.empty()) {
-    if (node.count > 0.0) runs.push_back(createRun(node.space->getModel(), {}));
-    return runs;
-  }
-  const std::span<const double> design = host::doubleData(matrix.get());
+  if (!(node.count > 0.0)) return runs;
+  // Without factors there is one run, whatever the matrix is.
+  const auto design = levels.empty() ? std::span<const double>() : host::doubleData(matrix.get());
   const mf::zero::Model model = node.space->getModel();
-  std::vector<ElementImpl*> samples;
   for (std::uint64_t i = 0; node.count > static_cast<double>(i); ++i) {
-    if ((i + 1) * levels.size() > design.size()) host::raiseDesignError("InvalidDesignMatrix");
-    samples.clear();
+    const std::size_t column = i * levels.size();
+    if (column + levels.size() > design.size()) host::raiseDesignError("InvalidDesignMatrix");
+    ElementImpl** end = samples.data();
     for (std::size_t j = 0; j < tables.size(); ++j) {
-      tables[j].appendRun(runOf(design[i * levels.size() + j], tables[j]), samples);
+      end = tables[j].writeRun(runOf(design[column + j], tables[j]), end);
     }
-    runs.push_back(createRun(model, samples));
+    runs.push_back(createRun(model, {samples.data(), end}));
   }
   return runs;
 }
 
 Plan::Runs Plan::pairUp(const Node& node, const std::vector<Runs>& lists) const {
   const std::vector<SampleTable> tables = tablesOf(lists);
-  checkFitsMemory(node.count, tables);
+  std::vector<ElementImpl*> samples(widthOf(tables));
+  checkFitsMemory(node.count, samples.size());
   const mf::zero::Model model = node.space->getModel();
   Runs runs;
-  std::vector<ElementImpl*> samples;
   for (std::uint64_t i = 0; node.count > static_cast<double>(i); ++i) {
     // A count may promise more than a child gives; the shortest list ends it.
     if (std::ranges::any_of(tables, [i](const SampleTable& t) { return i >= t.runs(); })) break;
-    samples.clear();
-    for (const SampleTable& table : tables) table.appendRun(i, samples);
-    runs.push_back(createRun(model, samples));
+    ElementImpl** end = samples.data();
+    for (const SampleTable& table : tables) end = table.writeRun(i, end);
+    runs.push_back(createRun(model, {samples.data(), end}));
   }
   return runs;
 }

@@ -110,6 +110,18 @@ void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posit
   if (property.has(kMany)) --Raw::at<ReferenceList>(owner, property).holes;
 }
 
+void placeAtEnd(ElementImpl& owner, const PropertyInfo& property,
+                std::span<ElementImpl* const> targets) noexcept {
+  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
+  ReferenceSlot* slot = list.slots + list.size;
+  Incoming entry{owner.id(), link(property, list.size)};
+  for (ElementImpl* target : targets) {
+    *slot++ = {target->id(), noteReferrer(*target, entry)};
+    ++entry.link;
+  }
+  list.size += static_cast<std::uint32_t>(targets.size());
+}
+
 void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept {
   ReferenceSlot& slot = slotAt(owner, property, position);
   ElementImpl& target = elementAt(owner, slot.target);

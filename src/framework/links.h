@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "framework/element.h"
 #include "framework/raw.h"
@@ -41,6 +42,9 @@ void reserveReferrer(ElementImpl& target);
 /// Room must have been made.
 void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
            ElementImpl& target) noexcept;
+/// Adds references to the end of a list; room must have been made on both sides.
+void placeAtEnd(ElementImpl& owner, const PropertyInfo& property,
+                std::span<ElementImpl* const> targets) noexcept;
 /// Empties a slot, at both ends. In a list this leaves a hole, which is counted.
 void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept;
 

@@ -255,14 +255,22 @@ namespace {
 /// Lists up to this long are compared element by element, which beats every cleverness.
 constexpr std::size_t kShortList = 32;
 
+/// Whether nothing speaks against a reference but that it may be held already.
+bool isWelcome(const ElementImpl& owner, const PropertyInfo& property, const ElementImpl* target) {
+  if (!target || !Raw::isPlain(*target)) return false;
+  const Chunk& chunk = *Chunk::of(target);
+  return chunk.model == Chunk::of(&owner)->model &&
+         (chunk.info == property.target || chunk.info->isA(*property.target));
+}
+
 /// Checks a few targets for a short list, against it and against each other.
 void checkFew(const ElementImpl& owner, const PropertyInfo& property,
               std::span<ElementImpl* const> targets) {
   const ReferenceList& list = listOf(owner, property);
   for (std::size_t i = 0; i < targets.size(); ++i) {
-    check(owner, property, targets[i]);
-    const auto earlier = targets.first(i);
-    bool held = std::ranges::find(earlier, targets[i]) != earlier.end();
+    if (!isWelcome(owner, property, targets[i])) check(owner, property, targets[i]);
+    bool held = false;
+    for (std::size_t k = 0; k < i; ++k) held |= targets[k] == targets[i];
     const ElementId id = targets[i]->id();
     for (std::uint32_t k = 0; k < list.size; ++k) held |= list.slots[k].target == id;
     if (held) reportException(mf0::messages::CannotAddSecondObject());
@@ -284,11 +292,7 @@ void appendFew(ElementImpl& owner, const PropertyInfo& property,
                      .position = list.size,
                      .count = static_cast<std::uint32_t>(targets.size())});
   }
-  for (ElementImpl* target : targets) {
-    list.slots[list.size] = {};
-    ++list.holes;
-    links::place(owner, property, list.size++, *target);
-  }
+  links::placeAtEnd(owner, property, targets);
   model.publishIfOutermost();
 }
 
