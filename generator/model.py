@@ -217,8 +217,8 @@ class Property:
 
     def wrapper_in(self, package: "Package") -> str:
         """How a builder of the contained element is handed over."""
-        target = self.type_in(package)
-        return f"mf::zero::BuilderWrapper<{target}>" if self.is_open else f"{target}::BuilderWrapper"
+        name = self.type_in(package)
+        return f"mf::zero::BuilderWrapper<{name}>" if self.is_open else f"{name}::BuilderWrapper"
 
     @cached_property
     def wrapper(self) -> str:
@@ -229,7 +229,8 @@ class Property:
         order = "Sequence" if self.decl.ordered else "Set"
         if not self.is_element:
             return f"mf::zero::Primitive{order}<{self.type}>"
-        plain = f"mf::zero::Element{order}<{self.type}>" if self.is_open else f"{self.type}::{order}"
+        name = self.type
+        plain = f"mf::zero::Element{order}<{name}>" if self.is_open else f"{name}::{order}"
         return f"mf::zero::WithProxies<{plain}>" if self.with_proxies else plain
 
     @property

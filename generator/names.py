@@ -3,11 +3,15 @@
 import re
 import uuid
 
-# Under this namespace every identity is made, for all time (docs/decisions/020).
+# Under this namespace every identity is made, for all time (docs/decisions/006).
 NAMESPACE = uuid.UUID("2e7d7a05-d274-41b2-b11d-e146ff0bb733")
 
-KEYWORDS = frozenset(
-    """
+
+def listed(names: str) -> frozenset[str]:
+    return frozenset(names.split())
+
+
+KEYWORDS = listed("""
     alignas alignof and and_eq asm auto bitand bitor bool break case catch char char16_t char32_t
     char8_t class co_await co_return co_yield compl concept const const_cast consteval constexpr
     constinit continue decltype default delete do double dynamic_cast else enum explicit export
@@ -16,25 +20,27 @@ KEYWORDS = frozenset(
     short signed sizeof static static_assert static_cast struct switch template this thread_local
     throw true try typedef typeid typename union unsigned using virtual void volatile wchar_t while
     xor xor_eq
-    """.split()
-)
+""")
 
-# What every handle, implementation and builder has already.
-ACCESSORS = frozenset("addRef as checked classInfo create impl isValid metaClass removeRef".split())
-PROPERTIES = frozenset(
-    "MetaClass Model OldValue Owner OwningProperty PropertyByIndex PropertyValue".split()
-)
-OPERATIONS = frozenset(
-    """
-    addRef basicDisassociateAll classInfo convertReferencesToProxies convertToProxy copyStateFromStorage
-    copyValue createChanges createStorage destroy disassociateIncoming doDestroy generateNewUuid get
-    has id inverseAdd inverseContainsProxyTo inverseRemove isDestroyed isProxy model removeRef
-    resolve revertUnchanged set
-    """.split()
-)
-NESTED = frozenset(
-    "Builder BuilderImpl BuilderWrapper ChildBuilder Constrainables Impl Sequence Set Storage".split()
-)
+# What every handle, implementation and builder has already: as accessors, as properties (their
+# getters and setters), as operations and as nested types.
+ACCESSORS = listed("""
+    addRef as checked classInfo create impl isValid metaClass operator removeRef
+""")
+PROPERTIES = listed("""
+    MetaClass Model OldValue Owner OwningProperty PropertyByIndex PropertyValue
+""")
+OPERATIONS = listed("""
+    addRef assign basicDisassociateAll classInfo convertReferencesToProxies convertToProxy
+    copyStateFromStorage copyValue createChanges createInto createStorage destroy
+    disassociateIncoming doDestroy element generateNewUuid get getMetaClass getModel getOldValue
+    getOwner getOwningProperty getPropertyByIndex getPropertyValue has hasPropertyValue id
+    inverseAdd inverseContainsProxyTo inverseRemove isDestroyed isProxy model own read removeRef
+    resolve revertUnchanged set setPropertyValue target
+""")
+NESTED = listed("""
+    Builder BuilderImpl BuilderWrapper ChildBuilder Constrainables Impl Sequence Set Storage
+""")
 
 
 def lower_camel(name: str) -> str:

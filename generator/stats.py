@@ -29,17 +29,17 @@ def end_of(source: str, start: int) -> int:
 
 
 def report(module: Module, texts: dict[str, str]) -> str:
-    """One line per class, the rest, and the total; `over` marks what exceeds its budget."""
+    """One line per class, their sum, and what belongs to no class; `over` marks what exceeds its
+    budget. Blank lines do not count."""
     rows, of_classes = [], 0
     for cls in module.classes:
         lines = count(texts[cls.header]) + table_lines(cls, texts[cls.folder.source])
         of_classes += lines
         rows.append((cls.name, lines, budget(cls)))
-    total = sum(count(text) for text in texts.values())
     rows.sort(key=lambda row: row[2] - row[1])
-    rows.append(("everything besides", total - of_classes, 0))
-    rows.append(("everything", total, TOTAL))
+    rows.append((f"{len(module.classes)} classes", of_classes, TOTAL))
+    rows.append(("everything besides", sum(map(count, texts.values())) - of_classes, 0))
     return "\n".join(
         f"{name:<36}{lines:>7}{allowed or '':>7}{'  over' if 0 < allowed < lines else ''}"
-        for name, lines, allowed in [*rows]
+        for name, lines, allowed in rows
     )
