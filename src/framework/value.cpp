@@ -185,10 +185,7 @@ bool Value::operator==(const Value& other) const {
     return std::bit_cast<double>(bits_) == std::bit_cast<double>(other.bits_);
   }
   if (meta_.kind == ValueKind::kString) return Text::share(bits_) == Text::share(other.bits_);
-  if (meta_.kind == ValueKind::kArray) {
-    return vexal::equalContent(reinterpret_cast<const vxArray*>(bits_),
-                               reinterpret_cast<const vxArray*>(other.bits_));
-  }
+  if (meta_.kind == ValueKind::kArray) return vexal::equalContent(array(), other.array());
   return bits_ == other.bits_;
 }
 

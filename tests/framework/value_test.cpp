@@ -101,6 +101,7 @@ TEST_F(ValueTest, AnArrayIsCopiedOnceAndComparedByContent) {
   EXPECT_NE(value.getValue<const vxArray*>(), array.get());
   EXPECT_EQ(value, Value::ofArray(array.get()));
   vexal::mutableDoubleData(array.get())[0] = 2.0;
+  EXPECT_NE(value, Value::ofArray(array.get()));
   EXPECT_EQ(vexal::doubleData(copy.getValue<const vxArray*>())[0], 1.0);
   EXPECT_EQ(Value::ofArray(nullptr).getValue<const vxArray*>(), nullptr);
   EXPECT_NE(Value::ofArray(nullptr), Value());
