@@ -54,8 +54,8 @@ class MF0_API AbstractQuery {
 
 /// A query on one model. It can be asked any number of times and answers by the model's present
 /// state. Destroyed elements never match. A condition looks at the element, so a query that has
-/// conditions loads the proxies of its classes first (and raises CannotResolveProxy when one
-/// cannot be loaded); one without conditions answers proxies as they are.
+/// conditions loads the proxies that it comes to (and raises CannotResolveProxy when one cannot be
+/// loaded, with those before it loaded); one without conditions answers proxies as they are.
 ///
 /// The order is class by class, and creation order within a class, except that an element may
 /// stand in the place of one that was destroyed before it was made. The handle class X narrows
