@@ -10,6 +10,9 @@
 #include "framework/messages.h"
 #include "framework/raw.h"
 
+#if __has_include(<sys/mman.h>)
+#include <sys/mman.h>
+#endif
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
 #else
@@ -23,6 +26,19 @@ namespace {
 
 constexpr std::size_t kFirstRegion = 4 * kChunkBytes;
 constexpr std::size_t kLargestRegion = 256 * kChunkBytes;
+constexpr std::size_t kHugePage = 2 * 1024 * 1024;
+
+/// Memory of whole chunks. A large model asks for huge pages, where the system has them: one page
+/// fault then serves thousands of elements.
+std::byte* allocateRegion(std::size_t bytes) {
+  const bool large = bytes % kHugePage == 0;
+  void* memory = std::aligned_alloc(large ? kHugePage : kChunkBytes, bytes);
+  if (!memory) throw std::bad_alloc();
+#ifdef MADV_HUGEPAGE
+  if (large) madvise(memory, bytes, MADV_HUGEPAGE);  // no matter if it is refused
+#endif
+  return static_cast<std::byte*>(memory);
+}
 
 std::size_t roundUp(std::size_t value, std::size_t unit) { return (value + unit - 1) / unit * unit; }
 
@@ -57,8 +73,7 @@ void BlockArena::grow() {
   const std::size_t bytes =
       regions_.empty() ? kFirstRegion : std::min(regions_.back().bytes * 2, kLargestRegion);
   regions_.reserve(regions_.size() + 1);
-  auto* memory = static_cast<std::byte*>(std::aligned_alloc(kChunkBytes, bytes));
-  if (!memory) throw std::bad_alloc();
+  std::byte* memory = allocateRegion(bytes);
   regions_.push_back({memory, bytes});
   reserved_ += bytes;
   cursor_ = memory;
