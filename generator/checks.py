@@ -5,18 +5,9 @@ import uuid
 from collections.abc import Callable, Iterable
 
 from generator import names
-from generator.model import (
-    ARRAY,
-    BOOLEAN,
-    INTEGER,
-    INTEGER8,
-    REAL,
-    STRINGS,
-    Class,
-    Enum,
-    Module,
-    Property,
-)
+from generator.model import Class, Enum, Module
+from generator.primitives import ARRAY, BOOLEAN, INTEGER, INTEGER8, REAL, STRINGS
+from generator.property import Property
 from generator.schema import Problems, suggestion
 
 # The runtime notes a reference by six bits of its property's index.

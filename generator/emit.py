@@ -6,7 +6,8 @@ from pathlib import Path
 import jinja2
 
 from generator.layout import fit
-from generator.model import Module, quoted
+from generator.model import Module
+from generator.property import quoted
 
 TEMPLATES = Path(__file__).parent / "templates"
 

@@ -15,8 +15,11 @@ def resolve_includes(module: Module) -> None:
         for prop in cls.properties:
             prop.is_open = prop.target in opened
         at_top = (targets(cls) | enums(cls) | {cls.super}) - opened - {cls, None}
-        cls.top_includes = sorted(other.header for other in at_top)
-        cls.forward = sorted(opened, key=lambda other: other.qualified)
+        always = ["framework/element_class.h", module.export_header]
+        cls.top_includes = sorted([*always, *(other.header for other in at_top)])
+        ahead = sorted(opened, key=lambda other: other.qualified)
+        cls.forward = [other for other in ahead if other.package is cls.package]
+        cls.foreign = [other for other in ahead if other.package is not cls.package]
         cls.bottom_includes = sorted(t.header for t in opened if may_follow(cls, t, reached))
 
 

@@ -5,7 +5,6 @@ from dataclasses import replace
 
 from generator import names
 from generator.model import (
-    PRIMITIVES,
     Class,
     Enum,
     Folder,
@@ -13,9 +12,10 @@ from generator.model import (
     Module,
     Operation,
     Package,
-    Property,
     Type,
 )
+from generator.primitives import PRIMITIVES
+from generator.property import Property
 from generator.schema import (
     ClassDecl,
     FileDecl,
@@ -90,7 +90,7 @@ class Resolver:
             hint = suggestion(file.package, self.packages)
             self.problems.add(file.where, f"unknown package '{file.package}'{hint}")
             return
-        folder = Folder(file.path.parent.as_posix(), file.path.name, package)
+        folder = Folder(file.path.parent.as_posix(), file.path.name, package, self.module)
         self.module.folders.append(folder)
         for name, declared in sorted(file.classes.items()):
             cls = Class(declared.where, name, declared.doc, package, folder)

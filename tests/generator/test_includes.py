@@ -69,4 +69,4 @@ def test_what_a_class_refers_to_comes_with_it_where_it_can():
     headers = {cls.name: cls for cls in build(GARDEN_SCHEMAS).classes}
     assert headers["Bed"].bottom_includes == ["fixture/gardener.h", "fixture/plant.h"]
     assert [other.name for other in headers["Bed"].forward] == ["Gardener", "Plant"]
-    assert headers["RaisedBed"].top_includes == ["fixture/bed.h"]
+    assert "fixture/bed.h" in headers["RaisedBed"].top_includes
