@@ -1,6 +1,5 @@
 #include "package/module.h"
 
-#include <mutex>
 #include <string_view>
 
 #include "framework/mi/empty_parent_package.h"
@@ -23,15 +22,14 @@ void registerHostPackages() {
   }
 }
 
-constinit std::once_flag hostPackagesRegistered;
-
 }  // namespace
 
 void VXInitialize_kxsim_design() {
   if (omGetVcosUsingUSM()) {
     registerHostPackages();
   } else {
-    std::call_once(hostPackagesRegistered, registerHostPackages);
+    // Not std::call_once, which hangs on some systems after its function has thrown.
+    [[maybe_unused]] static const bool once = (registerHostPackages(), true);
   }
 }
 

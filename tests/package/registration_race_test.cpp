@@ -19,6 +19,16 @@ using kinetra::simmanager::mm::Job;
 
 constexpr int kThreads = 16;
 
+// The thread sanitizers are wrong about statics whose constructor throws: gcc's forgets those who
+// wait for it, clang's reports a race.
+#if defined(__has_feature)
+constexpr bool kIsThreadSanitized = __has_feature(thread_sanitizer);
+#elif defined(__SANITIZE_THREAD__)
+constexpr bool kIsThreadSanitized = true;
+#else
+constexpr bool kIsThreadSanitized = false;
+#endif
+
 // Runs the action on all threads, which start together.
 template <class Action>
 void together(Action action) {
@@ -70,6 +80,7 @@ TEST(RegistrationRaceTest, LookUpsWhileOthersRegisterSeeAllOrNothing) {
 }
 
 TEST(RegistrationRaceTest, AFailedFirstUseIsTriedAgainByTheNext) {
+  if (kIsThreadSanitized) GTEST_SKIP() << "the sanitizer cannot do it";
   MetaRegistry& registry = MetaRegistry::getInstance();
   if (registry.findType("kinetra.simmanager.mm.Job")) GTEST_SKIP() << "needs a process of its own";
   registry.unregisterPrimitiveType(mi::kHostArrayType);
