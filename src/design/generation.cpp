@@ -166,6 +166,8 @@ double Plan::countOf(const Node& node) const {
 // Building: every listing of a child builds its runs anew.
 
 std::vector<Iteration> Plan::createIterations() const {
+  // As far as the counts tell, too many are refused before anything is made.
+  for (const Node& node : nodes_) checkFitsMemory(node.count, 0);
   struct Frame {
     const Node* node;
     std::vector<Runs> lists;

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <limits>
 #include <span>
 #include <string>
 #include <vector>
@@ -32,6 +33,9 @@ class StudyTest : public PackageTest {
  protected:
   using Numbers = std::vector<double>;
   using Spaces = std::initializer_list<design::ParameterSpace>;
+
+  static constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  static constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
   static vexal::ArrayPtr cellRow(const Numbers& numbers) {
     vexal::ArrayPtr cell = vexal::createCell(1, numbers.size());

@@ -1,5 +1,7 @@
 // The checks of the host arrays that a study takes: which are accepted, and that a refused
 // one leaves everything as it was.
+#include <algorithm>
+
 #include "design/initial_state.h"
 #include "design/study_test.h"
 #include "host/distribution.h"
