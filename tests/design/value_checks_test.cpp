@@ -19,7 +19,6 @@ using vexal::ArrayPtr;
 using vexal::Call;
 using vexal::ScopedFunction;
 
-/// Each check is told by what it asks for; a test of several names the class it looks at.
 class ValueChecksTest : public testing::StudyTest {
  protected:
   ValueSetParameter parameter_ = ValueSetParameter::create(model());
@@ -28,11 +27,10 @@ class ValueChecksTest : public testing::StudyTest {
 
   template <class Action>
   static void expectRefused(const char* key, Action&& action) {
-    using vexal::HostError;
     try {
       action();
       ADD_FAILURE() << "accepted";
-    } catch (const HostError& error) {
+    } catch (const vexal::HostError& error) {
       EXPECT_EQ(error.identifier(), std::string("Kxsim:Design:") + key);
       EXPECT_EQ(error.catalog(), "Kxsim:Design");
       EXPECT_EQ(error.key(), key);
