@@ -37,6 +37,20 @@ Lifetime lifetimeOf(const UndoLog& log, const ChangeIndex& index,
   return lifetime;
 }
 
+/// By how many items a log made a collection longer.
+std::int64_t growthOf(const UndoLog& log, const ChangeIndex& index,
+                      const ChangeIndex::Entry& entry) {
+  std::int64_t growth = 0;
+  for (std::uint32_t step = entry.lastStep; step != ChangeIndex::kNone;
+       step = index.step(step).previous) {
+    const UndoRecord& record = log.records[index.step(step).record];
+    const bool isInsert =
+        record.kind == UndoKind::kInsert || record.kind == UndoKind::kValueInsert;
+    growth += isInsert ? std::int64_t{record.count} : -1;
+  }
+  return growth;
+}
+
 }  // namespace
 
 void ChangeSet::collect(const ChangeIndex& index, const ChangeIndex::Entry& entry) const {
@@ -52,7 +66,10 @@ void ChangeSet::collect(const ChangeIndex& index, const ChangeIndex::Entry& entr
   if (life) return;
   const PropertyInfo* property = element->classInfo().findByIndex(entry.property);
   const Change change(*this, ChangeKind::kModified, element, property);
-  if (!(change.oldValue() == change.newValue())) log_.changes.push_back(change);
+  // A collection that grew or shrank has changed; no need to look at all it holds.
+  const bool changed = (property->has(kMany) && growthOf(log_, index, entry) != 0) ||
+                       !(change.oldValue() == change.newValue());
+  if (changed) log_.changes.push_back(change);
 }
 
 std::span<const Change> ChangeSet::changes() const {
@@ -62,8 +79,9 @@ std::span<const Change> ChangeSet::changes() const {
   if (log_.records.size() == 1 && isPlainSet(log_.records.front().kind)) {
     const UndoRecord& record = log_.records.front();
     ElementImpl* element = log_.model.pool().at(record.element);
-    log_.changes.push_back(Change(*this, ChangeKind::kModified, element,
-                                  element->classInfo().findByIndex(record.property)));
+    const Change change(*this, ChangeKind::kModified, element,
+                        element->classInfo().findByIndex(record.property));
+    if (!(change.oldValue() == change.newValue())) log_.changes.push_back(change);
     return log_.changes;
   }
   const ChangeIndex& index = log_.index();

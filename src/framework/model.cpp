@@ -86,29 +86,28 @@ void Model::Freezer::freeze() const { model_->setState(ModelImpl::kFrozen, true)
 
 // Transaction
 
-Transaction::Transaction(ModelImpl& model, std::uint32_t depth) : model_(&model), depth_(depth) {
+Transaction::Transaction(ModelImpl& model, std::uint32_t depth)
+    : model_(&model), depth_(depth), serial_(model.serialAt(depth)) {
   model.addRef();
 }
 
 Transaction::Transaction(Transaction&& other) noexcept
-    : model_(std::exchange(other.model_, nullptr)), depth_(other.depth_) {}
+    : model_(std::exchange(other.model_, nullptr)), depth_(other.depth_), serial_(other.serial_) {}
 
 Transaction::~Transaction() {
   if (!model_) return;
-  ModelImpl* model = std::exchange(model_, nullptr);
   // Inner transactions that are still open go with the outer one.
-  while (model->depth_ >= depth_ && depth_ > 0) model->leave(model->depth_, false, std::nullopt);
-  model->removeRef();
+  while (isOpen()) model_->leave(model_->depth_, false, std::nullopt);
+  model_->removeRef();
 }
 
-bool Transaction::isOpen() const { return model_ && depth_ > 0 && model_->depth_ >= depth_; }
+bool Transaction::isOpen() const { return model_ && model_->serialAt(depth_) == serial_; }
 
 void Transaction::end(bool keep, std::optional<Value> result) {
   if (!isOpen() || model_->depth_ != depth_) {
     reportException(mf0::messages::CannotEndTransaction());
   }
-  const std::uint32_t depth = std::exchange(depth_, 0);
-  model_->leave(depth, keep, std::move(result));
+  model_->leave(depth_, keep, std::move(result));
 }
 
 void Transaction::commit(std::optional<Value> result) { end(true, std::move(result)); }
@@ -269,7 +268,7 @@ Transaction ModelImpl::beginTransaction(bool outermost) {
 }
 
 std::uint32_t ModelImpl::enter() {
-  marks_.push_back(mark_);
+  open_.push_back({mark_, ++lastSerial_});
   mark_ = log_->records.size();
   setState(kRecording, true);
   return ++depth_;
@@ -278,8 +277,8 @@ std::uint32_t ModelImpl::enter() {
 void ModelImpl::leave(std::uint32_t depth, bool keep, std::optional<Value> result) {
   if (!keep) rollbackTo(mark_);
   depth_ = depth - 1;
-  mark_ = marks_.back();
-  marks_.pop_back();
+  mark_ = open_.back().outerMark;
+  open_.pop_back();
   if (depth_ > 0) return;
   setState(kRecording, false);
   if (!log_->empty()) publish(std::move(result));
@@ -375,6 +374,7 @@ void ModelImpl::drain() {
 }
 
 void ModelImpl::tell(const ChangeSet& changes, std::exception_ptr& first) {
+  if (changes.empty()) return;  // everything ended where it began
   // By position: an observer may add or end observers.
   const std::size_t count = observers_.size();
   for (std::size_t i = 0; i < count; ++i) {

@@ -84,6 +84,7 @@ class MF0_API Transaction {
   void end(bool keep, std::optional<Value> result);
   ModelImpl* model_;
   std::uint32_t depth_;
+  std::uint64_t serial_;
 };
 
 /// The counted handle of a model. Empty by default; `create` makes a new model. A model lives as

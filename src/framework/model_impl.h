@@ -81,7 +81,7 @@ class MF0_API ModelImpl {
   /// Whether a change must be recorded: somebody may undo it or wants to hear of it.
   bool isRecording() const { return (state_ & (kRecording | kObserved)) != 0; }
   /// Whether positions in lists may be given anew.
-  bool isIdle() const { return depth_ == 0 && log_->empty() && pending_.empty() && cursors == 0; }
+  bool isIdle() const { return isQuiet() && cursors == 0 && !shared_; }
   /// Whether no record anywhere refers to elements or positions.
   bool isQuiet() const { return depth_ == 0 && log_->empty() && pending_.empty(); }
   /// Where the innermost transaction begins in the log.
@@ -118,6 +118,8 @@ class MF0_API ModelImpl {
 
   /// List positions must stay while somebody iterates.
   std::uint32_t cursors = 0;
+  /// Whether several threads may be reading, so that a read must not change anything at all.
+  bool isShared() const { return shared_; }
 
  private:
   friend class Transaction;
@@ -135,6 +137,10 @@ class MF0_API ModelImpl {
   };
 
   std::uint32_t enter();
+  /// Of the open transaction at that depth, 1 and up; 0 when none is.
+  std::uint64_t serialAt(std::uint32_t depth) const {
+    return depth > 0 && depth <= open_.size() ? open_[depth - 1].serial : 0;
+  }
   void leave(std::uint32_t depth, bool keep, std::optional<Value> result);
   void rollbackTo(std::size_t mark) noexcept;
   void publish(std::optional<Value> result);
@@ -150,7 +156,12 @@ class MF0_API ModelImpl {
   std::uint32_t state_ = 0;
   std::uint32_t depth_ = 0;
   std::size_t mark_ = 0;
-  std::vector<std::size_t> marks_;  ///< of the transactions around the innermost
+  struct OpenTransaction {
+    std::size_t outerMark;  ///< where the one around it begins
+    std::uint64_t serial;   ///< tells it from an earlier one at the same depth
+  };
+  std::vector<OpenTransaction> open_;  ///< outermost first
+  std::uint64_t lastSerial_ = 0;
   std::unique_ptr<UndoLog> log_;
   std::vector<Pending> pending_;  ///< committed, not yet told or being told, oldest first
   std::vector<std::unique_ptr<UndoLog>> spare_;
