@@ -94,10 +94,31 @@ void ElementImpl::set(const PropertyInfo& property, const Value& value) {
 
 // Old values
 
+namespace {
+
+/// Takes an entry's records out of the log; none, if another element's destruction is among them.
+bool withdraw(ModelImpl& model, const ChangeIndex::Entry& entry) {
+  UndoLog& log = model.log();
+  const ChangeIndex& index = log.index();
+  std::vector<UndoRecord*> records;
+  for (std::uint32_t step = entry.lastStep; step != ChangeIndex::kNone;
+       step = index.step(step).previous) {
+    records.push_back(&log.records[index.step(step).record]);
+    if (records.back()->kind == UndoKind::kDestroy) return false;
+  }
+  for (UndoRecord* record : records) {
+    undo::settle(model, *record);
+    record->kind = UndoKind::kNothing;
+  }
+  return true;
+}
+
+}  // namespace
+
 Value ElementImpl::getOldValue(const meta::Property& property) const {
   const PropertyInfo& info = checkedInfo(property);
   if (info.derive || !model().isInTransaction()) return get(info);
-  if (isProxy()) prepareRead();
+  if (isProxy() || (isDestroyed() && !Raw::isInLog(*this))) prepareRead();
   return undo::valueBefore(model().log(), *this, info);
 }
 
@@ -107,18 +128,12 @@ int ElementImpl::revertUnchanged() {
   const ChangeIndex& index = log.index();
   int reverted = 0;
   forEachProperty(classInfo(), [&](const PropertyInfo& property) {
-    const ChangeIndex::Entry* entry = property.has(kMany) ? nullptr
-                                                          : index.find(id(), property.index);
+    // What is contained has moved by way of other elements, whose records need this one's.
+    if (property.has(kMany) || property.has(kContainment)) return;
+    const ChangeIndex::Entry* entry = index.find(id(), property.index);
     if (!entry || index.step(entry->firstStep).record < model().mark()) return;
     if (undo::valueBefore(log, *this, property) != values::read(*this, property)) return;
-    for (std::uint32_t step = entry->lastStep; step != ChangeIndex::kNone;
-         step = index.step(step).previous) {
-      UndoRecord& record = log.records[index.step(step).record];
-      if (record.kind == UndoKind::kDestroy) continue;
-      undo::settle(model(), record);
-      record.kind = UndoKind::kNothing;
-    }
-    ++reverted;
+    reverted += withdraw(model(), *entry);
   });
   if (reverted > 0) log.shrunk();
   return reverted;

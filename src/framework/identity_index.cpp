@@ -39,6 +39,10 @@ void IdentityIndex::restore(const ElementImpl& element) noexcept {
     if (table_[slot] == element.id()) return;
     slot = (slot + 1) & (table_.size() - 1);
   }
+  if (table_[slot] == kNoElement && (used_ + 1) * 4 > table_.size() * 3) {
+    // Too full, and growing could fail: the next look-up builds it anew.
+    return clear();
+  }
   used_ += table_[slot] == kNoElement;
   table_[slot] = element.id();
   ++live_;

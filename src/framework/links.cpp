@@ -6,6 +6,7 @@
 
 #include "framework/element_pool.h"
 #include "framework/messages.h"
+#include "framework/model_impl.h"
 
 namespace mf::zero::links {
 
@@ -172,8 +173,9 @@ void enter(ElementImpl& element) noexcept {
   forEachOutgoing(element, [&](const PropertyInfo& property, std::uint32_t position,
                                ReferenceSlot& slot) {
     if (slot.target == kNoElement) return;
-    slot.back = noteReferrer(elementAt(element, slot.target),
-                             {element.id(), link(property, position)});
+    ElementImpl& target = elementAt(element, slot.target);
+    reserveReferrer(target);  // a proxy that was loaded meanwhile may have taken the room
+    slot.back = noteReferrer(target, {element.id(), link(property, position)});
   });
 }
 
@@ -186,6 +188,8 @@ void withdraw(ElementImpl& element) noexcept {
 void releaseSlots(ElementImpl& element, const PropertyInfo& property) noexcept {
   const ReferenceList list = std::exchange(Raw::at<ReferenceList>(element, property), {});
   if (!list.slots) return;
+  HoleIndexes& holes = element.model().holes();
+  if (!holes.empty()) holes.drop(HoleIndexes::key(element.id(), property.index));
   arenaOf(element).release(list.slots - 1, (capacityOf(list.slots) + 1) * sizeof(ReferenceSlot));
 }
 

@@ -127,7 +127,37 @@ namespace undo {
 
 namespace {
 
+// Loading proxies is not recorded. What it has put into the way of an undo is taken out again.
+
+void takeOut(ModelImpl& model, ElementId owner, std::uint32_t link) noexcept {
+  ElementImpl& holder = *model.pool().at(owner);
+  links::unplace(holder, links::propertyOf(holder, link), links::positionOf(link));
+}
+
+void leaveOwner(ModelImpl& model, ElementImpl& element) noexcept {
+  if (Raw::owner(element) == kNoElement) return;
+  const ElementImpl& owner = *model.pool().at(Raw::owner(element));
+  const PropertyInfo& property = *owner.classInfo().findByIndex(Raw::ownerProperty(element));
+  takeOut(model, owner.id(), links::link(property, Raw::position(element)));
+}
+
+void leaveReferrers(ModelImpl& model, ElementImpl& element) noexcept {
+  while (Raw::incoming(element) && Raw::incoming(element)->size > 0) {
+    const Incoming last = Raw::incoming(element)->entries()[Raw::incoming(element)->size - 1];
+    takeOut(model, last.owner, last.link);
+  }
+}
+
+/// Fills a slot again. Room is there, unless a proxy that was loaded meanwhile took it.
+void putBack(ModelImpl& model, ElementImpl& owner, const PropertyInfo& property,
+             std::uint32_t position, ElementImpl& target) noexcept {
+  property.has(kContainment) ? leaveOwner(model, target) : links::reserveReferrer(target);
+  links::place(owner, property, position, target);
+}
+
 void revertCreate(ModelImpl& model, ElementImpl& element) noexcept {
+  leaveReferrers(model, element);
+  leaveOwner(model, element);
   links::withdraw(element);
   model.identities().remove(element);
   model.elementGone();
@@ -156,7 +186,7 @@ void revertReference(ModelImpl& model, ElementImpl& element, const PropertyInfo&
   if (Raw::at<ReferenceSlot>(element, property).target != kNoElement) {
     links::unplace(element, property, 0);
   }
-  if (old != kNoElement) links::place(element, property, 0, *model.pool().at(old));
+  if (old != kNoElement) putBack(model, element, property, 0, *model.pool().at(old));
 }
 
 void revertInsert(ElementImpl& element, const PropertyInfo& property, std::uint32_t position,
@@ -220,8 +250,8 @@ void revert(ModelImpl& model, const UndoRecord& record) noexcept {
       break;
     case UndoKind::kInsert: revertInsert(element, property, record.position, record.count); break;
     case UndoKind::kRemove:
-      links::place(element, property, record.position,
-                   *model.pool().at(static_cast<ElementId>(record.old)));
+      putBack(model, element, property, record.position,
+              *model.pool().at(static_cast<ElementId>(record.old)));
       break;
     default: revertValues(element, property, record); break;
   }
