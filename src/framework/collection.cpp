@@ -38,7 +38,7 @@ std::uint64_t keyOf(const ElementImpl& owner, const PropertyInfo& property) {
 std::uint32_t slotOf(const ElementImpl& owner, const PropertyInfo& property,
                      const ReferenceList& list, std::size_t index) {
   if (list.holes == 0) return static_cast<std::uint32_t>(index);
-  if (list.size > kShortList) {
+  if (list.size > kShortList && !owner.model().isShared()) {
     return owner.model().holes().slotAt(list, keyOf(owner, property), index);
   }
   std::uint32_t slot = 0;
@@ -51,11 +51,17 @@ std::uint32_t slotOf(const ElementImpl& owner, const PropertyInfo& property,
 std::size_t indexOfSlot(const ElementImpl& owner, const PropertyInfo& property,
                         const ReferenceList& list, std::uint32_t slot) {
   if (list.holes == 0) return slot;
-  if (list.size > kShortList) {
+  if (list.size > kShortList && !owner.model().isShared()) {
     return owner.model().holes().indexOf(list, keyOf(owner, property), slot);
   }
   return static_cast<std::size_t>(std::count_if(
       list.slots, list.slots + slot, [](const auto& held) { return held.target != kNoElement; }));
+}
+
+std::vector<ElementImpl*> implsOf(std::span<const ModelElement> elements) {
+  std::vector<ElementImpl*> impls(elements.size());
+  std::ranges::transform(elements, impls.begin(), [](const auto& one) { return one.impl(); });
+  return impls;
 }
 
 }  // namespace
@@ -97,10 +103,7 @@ void ReferenceCollection::insert(std::size_t index, const ModelElement& element)
 }
 
 void ReferenceCollection::append(std::span<const ModelElement> elements) {
-  std::vector<ElementImpl*> impls;
-  impls.reserve(elements.size());
-  for (const ModelElement& element : elements) impls.push_back(element.impl());
-  append(impls);
+  append(implsOf(elements));
 }
 
 void ReferenceCollection::append(std::span<ElementImpl* const> elements) {
@@ -127,30 +130,16 @@ void ReferenceCollection::move(std::size_t from, std::size_t to) {
   if (from >= list.live()) raiseOutOfRange(from, list.live());
   if (to >= list.live()) raiseOutOfRange(to, list.live());
   if (from == to) return;
-  const ModelElement element = at(from);
-  ModelImpl::Scope scope(owner.model());
-  removeAt(from);
-  insert(to, element);
-  scope.done();
+  const std::size_t next = to > from ? to + 1 : to;
+  const std::uint32_t before =
+      next == list.live() ? references::kEnd : slotOf(owner, *property_, list, next);
+  references::move(owner, *property_, slotOf(owner, *property_, list, from), before);
 }
 
 void ReferenceCollection::clear() { references::clear(writable(owner_), *property_); }
 
 void ReferenceCollection::assign(std::span<const ModelElement> elements) {
-  const auto same = [&] {
-    std::size_t i = 0;
-    for (const ModelElement& held : *this) {
-      if (i == elements.size() || !(held == elements[i++])) return false;
-    }
-    return i == elements.size();
-  };
-  ElementImpl& owner = writable(owner_);
-  if (same()) return;
-  const std::vector<ModelElement> kept(elements.begin(), elements.end());
-  ModelImpl::Scope scope(owner.model());
-  clear();
-  append(kept);
-  scope.done();
+  references::assign(writable(owner_), *property_, implsOf(elements));
 }
 
 void ReferenceCollection::reserve(std::size_t count) {
@@ -163,35 +152,46 @@ void ReferenceCollection::reserve(std::size_t count) {
 
 ReferenceCollection::Cursor::Cursor(const ReferenceCollection& collection)
     : owner_(collection.owner_), property_(collection.property_) {
-  readable(owner_, *property_);
-  ++owner_->model().cursors;
-  seek(0);
+  const ReferenceList& list = readable(owner_, *property_);
+  count(1);
+  // What was emptied from the front is not passed slot by slot every time.
+  const bool skips = list.holes > 0 && list.live() > 0 && list.slots[0].target == kNoElement;
+  seek(skips ? slotOf(*owner_.impl(), *property_, list, 0) : 0);
 }
 
 ReferenceCollection::Cursor::Cursor(const Cursor& other)
-    : owner_(other.owner_), property_(other.property_), slot_(other.slot_),
-      element_(other.element_) {
-  if (owner_) ++owner_->model().cursors;
+    : owner_(other.owner_), property_(other.property_), slot_(other.slot_) {
+  count(1);
 }
 
 ReferenceCollection::Cursor& ReferenceCollection::Cursor::operator=(Cursor other) noexcept {
   std::swap(owner_, other.owner_);
   std::swap(property_, other.property_);
   std::swap(slot_, other.slot_);
-  std::swap(element_, other.element_);
   return *this;
 }
 
-ReferenceCollection::Cursor::~Cursor() {
-  if (owner_) --owner_->model().cursors;
+ReferenceCollection::Cursor::~Cursor() { count(-1); }
+
+void ReferenceCollection::Cursor::count(int change) const {
+  if (!owner_ || owner_->model().isShared()) return;
+  owner_->model().cursors += static_cast<std::uint32_t>(change);
 }
 
 void ReferenceCollection::Cursor::seek(std::uint32_t slot) {
   const ReferenceList& list = Raw::at<ReferenceList>(*owner_.impl(), *property_);
   while (slot < list.size && list.slots[slot].target == kNoElement) ++slot;
   slot_ = slot;
-  const bool found = slot < list.size && owner_.isValid();
-  element_ = found ? Chunk::find(*owner_.impl(), list.slots[slot].target) : nullptr;
+}
+
+bool ReferenceCollection::Cursor::done() const {
+  return !owner_.isValid() || slot_ >= Raw::at<ReferenceList>(*owner_.impl(), *property_).size;
+}
+
+ElementImpl* ReferenceCollection::Cursor::element() const {
+  if (done()) return nullptr;
+  const ElementId id = Raw::at<ReferenceList>(*owner_.impl(), *property_).slots[slot_].target;
+  return id == kNoElement ? nullptr : Chunk::find(*owner_.impl(), id);
 }
 
 }  // namespace mf::zero

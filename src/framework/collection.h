@@ -69,16 +69,17 @@ class MF0_API ReferenceCollection {
     Cursor(const Cursor& other);
     Cursor& operator=(Cursor other) noexcept;
     ~Cursor();
-    bool done() const { return element_ == nullptr; }
-    ElementImpl* element() const { return element_; }
+    bool done() const;
+    /// Null at the end, and where the element was taken out since the cursor came there.
+    ElementImpl* element() const;
     void next() { seek(slot_ + 1); }
 
    private:
+    void count(int change) const;
     void seek(std::uint32_t slot);
     ModelElement owner_;
     const PropertyInfo* property_ = nullptr;
     std::uint32_t slot_ = 0;
-    ElementImpl* element_ = nullptr;
   };
 
   template <class T>

@@ -151,7 +151,7 @@ void ElementImpl::assign(const PropertyInfo& property, ReferenceSlot& slot,
 
 void ElementImpl::doDestroy(bool withContents, bool evenIfReferenced) {
   if (flags_ & kAttention) refuseChange();
-  if (!evenIfReferenced && incoming_ && incoming_->size > 0) {
+  if (!evenIfReferenced && references::isReferencedFromOutside(*this)) {
     reportException(
         mf0::messages::CannotDestroyReferencedElement(classInfo().qualifiedName));
   }

@@ -89,7 +89,7 @@ void take(ElementImpl& owner, const PropertyInfo& property, std::uint32_t positi
                       : putSingle(owner, property, nullptr);
 }
 
-/// Both ends.
+/// Both ends. A proxy has none of its own to take; nor does the old one come back when it is loaded.
 void unlink(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
   ElementImpl& target = targetAt(owner, property, position);
   take(owner, property, position);
@@ -111,6 +111,7 @@ void detach(ElementImpl& child) {
 void linkOpposite(ElementImpl& owner, const PropertyInfo& property, ElementImpl& target) {
   if (!property.opposite) return;
   const PropertyInfo& opposite = *property.opposite;
+  if (&opposite == &property && &owner == &target) return;  // a friend of its own
   if (opposite.has(kContainment)) detach(owner);
   if (opposite.has(kMany)) return putInList(target, opposite, kEnd, owner);
   if (singleOf(target, opposite)) unlink(target, opposite, 0);
@@ -172,8 +173,18 @@ void check(const ElementImpl& owner, const PropertyInfo& property, const Element
       : property.opposite && property.opposite->has(kContainment) ? cycle(*target, owner)
                                                                   : false;
   if (closesCycle) reportException(mf0::messages::CannotCreateContainmentCycle());
-  if (target->isProxy() && property.has(kMany) && !property.has(kWithProxies)) target->resolve();
 }
+
+namespace {
+
+/// `check`, and loads a proxy that must not be held as one or whose own end changes too.
+void admit(const ElementImpl& owner, const PropertyInfo& property, const ElementImpl* target) {
+  check(owner, property, target);
+  if (!target->isProxy()) return;
+  if (property.opposite || (property.has(kMany) && !property.has(kWithProxies))) target->resolve();
+}
+
+}  // namespace
 
 std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& property,
                                   const ElementImpl* target) {
@@ -211,7 +222,7 @@ std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& 
 void set(ElementImpl& owner, const PropertyInfo& property, ElementImpl* target) {
   ModelImpl& model = owner.model();
   model.checkWritable();
-  if (target) check(owner, property, target);
+  if (target) admit(owner, property, target);
   ElementImpl* const old = singleOf(owner, property);
   if (old == target) return;
   if (isSimple(property)) {
@@ -232,7 +243,7 @@ void insert(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posi
             ElementImpl* target) {
   ModelImpl& model = owner.model();
   model.checkWritable();
-  check(owner, property, target);
+  admit(owner, property, target);
   if (find(owner, property, target)) reportException(mf0::messages::CannotAddSecondObject());
   if (position == kEnd) tidy(owner, property);
   if (isSimple(property)) {
@@ -268,7 +279,7 @@ void checkFew(const ElementImpl& owner, const PropertyInfo& property,
               std::span<ElementImpl* const> targets) {
   const ReferenceList& list = listOf(owner, property);
   for (std::size_t i = 0; i < targets.size(); ++i) {
-    if (!isWelcome(owner, property, targets[i])) check(owner, property, targets[i]);
+    if (!isWelcome(owner, property, targets[i])) admit(owner, property, targets[i]);
     bool held = false;
     for (std::size_t k = 0; k < i; ++k) held |= targets[k] == targets[i];
     const ElementId id = targets[i]->id();
@@ -312,6 +323,65 @@ void append(ElementImpl& owner, const PropertyInfo& property,
   scope.done();
 }
 
+void move(ElementImpl& owner, const PropertyInfo& property, std::uint32_t from,
+          std::uint32_t before) {
+  ModelImpl& model = owner.model();
+  model.checkWritable();
+  ModelImpl::Scope scope(model);
+  ElementImpl& target = targetAt(owner, property, from);
+  takeFromList(owner, property, from);
+  putInList(owner, property, before, target);
+  scope.done();
+}
+
+namespace {
+
+/// Makes a list that holds the right elements hold them in the right order.
+void reorder(ElementImpl& owner, const PropertyInfo& property,
+             std::span<ElementImpl* const> targets) {
+  const ReferenceList& list = listOf(owner, property);
+  std::vector<ElementId> present;
+  for (std::uint32_t i = 0; i < list.size; ++i) {
+    if (list.slots[i].target != kNoElement) present.push_back(list.slots[i].target);
+  }
+  if (std::ranges::equal(present, targets, {}, {}, &ElementImpl::id)) return;
+  for (std::uint32_t i = list.size; i-- > 0;) {
+    if (list.slots[i].target != kNoElement) takeFromList(owner, property, i);
+  }
+  for (ElementImpl* target : targets) putInList(owner, property, kEnd, *target);
+}
+
+}  // namespace
+
+void assign(ElementImpl& owner, const PropertyInfo& property,
+            std::span<ElementImpl* const> targets) {
+  ModelImpl& model = owner.model();
+  model.checkWritable();
+  std::vector<ElementId> wanted;
+  for (ElementImpl* target : targets) {
+    admit(owner, property, target);
+    wanted.push_back(target->id());
+  }
+  std::ranges::sort(wanted);
+  if (std::ranges::adjacent_find(wanted) != wanted.end()) {
+    reportException(mf0::messages::CannotAddSecondObject());
+  }
+  ModelImpl::Scope scope(model);
+  const ReferenceList& list = listOf(owner, property);
+  for (std::uint32_t i = list.size; i-- > 0;) {
+    const ElementId held = list.slots[i].target;
+    if (held != kNoElement && !std::ranges::binary_search(wanted, held)) {
+      unlink(owner, property, i);
+    }
+  }
+  for (ElementImpl* target : targets) {
+    if (!find(owner, property, target)) insert(owner, property, kEnd, target);
+  }
+  reorder(owner, property, targets);
+  scope.done();
+  tidy(owner, property);
+}
+
 void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
   ModelImpl& model = owner.model();
   model.checkWritable();
@@ -334,6 +404,14 @@ void clear(ElementImpl& owner, const PropertyInfo& property) {
   }
   scope.done();
   tidy(owner, property);
+}
+
+bool isReferencedFromOutside(const ElementImpl& element) {
+  IncomingList* list = Raw::incoming(const_cast<ElementImpl&>(element));
+  if (!list) return false;
+  return std::any_of(list->entries(), list->entries() + list->size, [&](const Incoming& entry) {
+    return !contains(element, *Chunk::find(element, entry.owner));
+  });
 }
 
 void clearIncoming(ElementImpl& element) {
