@@ -48,18 +48,33 @@ void storeSingle(ElementImpl& element, const PropertyInfo& property, const Value
 void storeItem(ElementImpl& element, const PropertyInfo& property, const Value& value) {
   PrimitiveList& list = Raw::at<PrimitiveList>(element, property);
   PrimitiveValues& items = values::reserveItem(property, list);
-  const std::size_t end = values::countOf(property, list);
+  const std::size_t place = property.has(kOrdered) ? values::countOf(property, list)
+                                                   : values::lowerBound(property, list, value);
+  if (!property.has(kOrdered) && values::holdsAt(property, list, place, value)) return;
   if (values::isText(property)) {
     Text text(element.model().texts(), value.getValue<std::u16string>());
-    values::insertRaw(property, items, end, text.detach());
+    values::insertRaw(property, items, place, text.detach());
   } else {
-    values::insertRaw(property, items, end, values::bitsOf(property, value));
+    values::insertRaw(property, items, place, values::bitsOf(property, value));
   }
 }
 
-/// One end of a loaded reference; the other end, and the contents, never left.
+/// Whether what is in memory speaks against a loaded reference: the other end, where it is loaded,
+/// has let go of the element; a child has moved on; a single containment is taken.
+bool isOutdated(const ElementImpl& element, const PropertyInfo& property, ElementImpl& target) {
+  if (property.has(kContainment)) {
+    return Raw::owner(target) != kNoElement ||
+           (!property.has(kMany) && Raw::at<ReferenceSlot>(element, property).target != kNoElement);
+  }
+  return property.opposite && !target.isProxy() &&
+         !references::find(target, *property.opposite, &element);
+}
+
+/// One end of a loaded reference. The other end and the contents never left, and go by what has
+/// happened to them meanwhile.
 void storeReference(ElementImpl& element, const PropertyInfo& property, ElementImpl* target) {
   if (!target || references::find(element, property, target)) return;
+  if (isOutdated(element, property, *target)) return;
   if (property.has(kMany)) {
     const ReferenceList& list = Raw::at<ReferenceList>(element, property);
     links::reserveSlots(element, property, std::size_t{list.size} + 1);
@@ -71,6 +86,21 @@ void storeReference(ElementImpl& element, const PropertyInfo& property, ElementI
     links::openGap(element, property, position, 1);
   }
   links::place(element, property, position, *target);
+}
+
+/// The own ends of references that loaded elements have made to this one meanwhile.
+void storeOppositeEnds(ElementImpl& element) {
+  for (std::uint32_t i = 0; Raw::incoming(element) && i < Raw::incoming(element)->size; ++i) {
+    const Incoming entry = Raw::incoming(element)->entries()[i];
+    ElementImpl& owner = *Chunk::find(element, entry.owner);
+    const PropertyInfo* property = links::propertyOf(owner, entry.link).opposite;
+    if (!property || owner.isProxy()) continue;
+    const bool taken = !property->has(kMany) &&
+                       Raw::at<ReferenceSlot>(element, *property).target != kNoElement &&
+                       !references::find(element, *property, &owner);
+    if (taken) links::unplace(element, *property, 0);
+    storeReference(element, *property, &owner);
+  }
 }
 
 struct Task {
@@ -146,6 +176,7 @@ void Creation::fillProxy(ElementImpl& proxy, const BuilderValues& values) {
         storeSingle(proxy, property, item.value);
       }
     }
+    storeOppositeEnds(proxy);
   } catch (...) {
     empty(proxy);
     throw;

@@ -215,6 +215,7 @@ ElementImpl* ElementPool::create(const ClassInfo& info, const uuid& identity) {
   if (cells.free) {
     cell = cells.free;
     cells.free = cells.free->next;
+    ASAN_UNPOISON_MEMORY_REGION(cell, cells.last->cellUnits * kCellUnit);
   } else {
     Chunk* chunk = cells.last;
     if (!chunk || chunk->used + chunk->cellUnits > kUnitsPerChunk) chunk = addChunk(info, cells);
@@ -229,6 +230,7 @@ void ElementPool::release(ElementImpl* element) noexcept {
   info.native.destroyStorage(storageOf(*element));
   Cells& cells = cells_[info.number.load(std::memory_order_relaxed)];
   cells.free = new (element) FreeCell{nullptr, cells.free};
+  ASAN_POISON_MEMORY_REGION(cells.free + 1, cells.last->cellUnits * kCellUnit - sizeof(FreeCell));
 }
 
 }  // namespace mf::zero

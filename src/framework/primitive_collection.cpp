@@ -76,19 +76,6 @@ void removeOne(ElementImpl& owner, const PropertyInfo& property, std::size_t ind
   }
 }
 
-bool less(const Value& a, const Value& b) {
-  switch (a.meta().kind) {
-    case ValueKind::kReal: {
-      // NaN stands behind all numbers, so that a set may hold it once.
-      const double x = a.getValue<double>();
-      const double y = b.getValue<double>();
-      return x < y || (y != y && x == x);
-    }
-    case ValueKind::kString: return a.getValue<std::u16string>() < b.getValue<std::u16string>();
-    default: return static_cast<std::int64_t>(a.bits()) < static_cast<std::int64_t>(b.bits());
-  }
-}
-
 /// An empty value stands for the property's zero.
 Value filled(const PropertyInfo& property, const Value& value) {
   values::checkSingle(property, value);
@@ -109,31 +96,15 @@ Value AbstractPrimitiveCollection::valueAt(std::size_t index) const {
   return values::itemAt(*property_, list, index);
 }
 
-std::size_t AbstractPrimitiveCollection::lowerBound(const Value& value) const {
-  const PrimitiveList& list = readable(owner_, *property_);
-  std::size_t first = 0;
-  std::size_t count = values::countOf(*property_, list);
-  while (count > 0) {
-    const std::size_t half = count / 2;
-    if (less(values::itemAt(*property_, list, first + half), value)) {
-      first += half + 1;
-      count -= half + 1;
-    } else {
-      count = half;
-    }
-  }
-  return first;
-}
-
 bool AbstractPrimitiveCollection::containsValue(const Value& value) const {
   const Value wanted = filled(*property_, value);
-  const std::size_t count = size();
+  const PrimitiveList& list = readable(owner_, *property_);
   if (!isOrdered()) {
-    const std::size_t at = lowerBound(wanted);
-    return at < count && !less(wanted, valueAt(at));
+    return values::holdsAt(*property_, list, values::lowerBound(*property_, list, wanted), wanted);
   }
+  const std::size_t count = values::countOf(*property_, list);
   for (std::size_t i = 0; i < count; ++i) {
-    if (valueAt(i) == wanted) return true;
+    if (values::itemAt(*property_, list, i) == wanted) return true;
   }
   return false;
 }
@@ -141,8 +112,11 @@ bool AbstractPrimitiveCollection::containsValue(const Value& value) const {
 void AbstractPrimitiveCollection::addValue(const Value& value) {
   ElementImpl& owner = writable(owner_);
   const Value item = filled(*property_, value);
-  if (!isOrdered() && containsValue(item)) return;
-  insertOne(owner, *property_, isOrdered() ? size() : lowerBound(item), item);
+  const PrimitiveList& list = Raw::at<PrimitiveList>(owner, *property_);
+  const std::size_t place = isOrdered() ? values::countOf(*property_, list)
+                                        : values::lowerBound(*property_, list, item);
+  if (!isOrdered() && values::holdsAt(*property_, list, place, item)) return;
+  insertOne(owner, *property_, place, item);
   owner.model().publishIfOutermost();
 }
 

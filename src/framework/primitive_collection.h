@@ -42,8 +42,6 @@ class MF0_API AbstractPrimitiveCollection {
   bool isOrdered() const { return property_->has(kOrdered); }
 
  protected:
-  /// Where the value stands, or would stand, among sorted values.
-  std::size_t lowerBound(const Value& value) const;
   /// The numbers of a real property as they lie in memory, valid until the next change.
   std::span<const double> reals() const;
 

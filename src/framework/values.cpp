@@ -164,6 +164,44 @@ Value itemAt(const PropertyInfo& property, const PrimitiveList& list, std::size_
 
 namespace {
 
+bool less(const Value& a, const Value& b) {
+  switch (a.meta().kind) {
+    case ValueKind::kReal: {
+      // NaN stands behind all numbers, so that a set may hold it once.
+      const double x = a.getValue<double>();
+      const double y = b.getValue<double>();
+      return x < y || (y != y && x == x);
+    }
+    case ValueKind::kString: return a.getValue<std::u16string>() < b.getValue<std::u16string>();
+    default: return static_cast<std::int64_t>(a.bits()) < static_cast<std::int64_t>(b.bits());
+  }
+}
+
+}  // namespace
+
+std::size_t lowerBound(const PropertyInfo& property, const PrimitiveList& list,
+                       const Value& value) {
+  std::size_t first = 0;
+  std::size_t count = countOf(property, list);
+  while (count > 0) {
+    const std::size_t half = count / 2;
+    if (less(itemAt(property, list, first + half), value)) {
+      first += half + 1;
+      count -= half + 1;
+    } else {
+      count = half;
+    }
+  }
+  return first;
+}
+
+bool holdsAt(const PropertyInfo& property, const PrimitiveList& list, std::size_t index,
+             const Value& value) {
+  return index < countOf(property, list) && !less(value, itemAt(property, list, index));
+}
+
+namespace {
+
 template <class Vector>
 void makeRoom(Vector& items) {
   if (items.size() == items.capacity()) items.reserve(items.empty() ? 4 : items.size() * 2);

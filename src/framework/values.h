@@ -31,6 +31,11 @@ std::uint64_t bitsOf(const PropertyInfo& property, const Value& value);
 Value fromBits(const PropertyInfo& property, std::uint64_t bits);
 
 std::size_t countOf(const PropertyInfo& property, const PrimitiveList& list);
+/// Where a value stands, or would stand, among the sorted ones of a set.
+std::size_t lowerBound(const PropertyInfo& property, const PrimitiveList& list, const Value& value);
+/// Whether a set holds the value there.
+bool holdsAt(const PropertyInfo& property, const PrimitiveList& list, std::size_t index,
+             const Value& value);
 Value itemAt(const PropertyInfo& property, const PrimitiveList& list, std::size_t index);
 /// Opens room for one more item. Throws std::bad_alloc.
 PrimitiveValues& reserveItem(const PropertyInfo& property, PrimitiveList& list);
