@@ -1,0 +1,73 @@
+// The base of the tests that work on a garden: a model, short ways to make what grows
+// in it, and a look at the model's bookkeeping after every test.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "fixture/bed.h"
+#include "fixture/gardener.h"
+#include "fixture/plant.h"
+#include "fixture/raised_bed.h"
+#include "fixture/record.h"
+#include "fixture/tools/tool.h"
+#include "framework/meta/meta.h"
+#include "framework/mi/host_boundary.h"
+#include "framework/model_impl.h"
+#include "support/consistency.h"
+#include "support/framework_errors.h"
+#include "support/host_leak_test.h"
+
+namespace mf::zero::testing {
+
+using garden::Bed;
+using garden::Gardener;
+using garden::Kind;
+using garden::Plant;
+using garden::RaisedBed;
+using garden::Record;
+using garden::Spot;
+using garden::tools::Tool;
+
+namespace messages = mf0::messages;
+
+class GardenTest : public vexal::testing::HostLeakTest {
+ protected:
+  GardenTest() { mi::attachToHost(); }
+  void TearDown() override { EXPECT_EQ(inconsistencies(model), ""); }
+
+  Bed bed(std::u16string_view label = {}) {
+    const Bed made = Bed::create(model);
+    made->setLabel(label);
+    return made;
+  }
+  Plant plant(std::u16string_view label = {}) {
+    const Plant made = Plant::create(model);
+    made->setLabel(label);
+    return made;
+  }
+  Record record() { return Record::create(model); }
+  std::vector<Plant> plants(std::size_t count) {
+    std::vector<Plant> made;
+    for (std::size_t i = 0; i < count; ++i) made.push_back(Plant::create(model));
+    return made;
+  }
+
+  static meta::Property propertyOf(const ModelElement& element, std::u16string_view name) {
+    return meta::propertyOf(*element->classInfo().findByName(name));
+  }
+
+  Model model = Model::create();
+};
+
+/// The elements of a collection, as handles of its class.
+template <class Collection>
+auto held(const Collection& collection) {
+  std::vector<typename Collection::value_type> found;
+  for (const auto& element : collection) found.push_back(element);
+  return found;
+}
+
+}  // namespace mf::zero::testing
