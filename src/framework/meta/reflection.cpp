@@ -63,11 +63,12 @@ meta::Property ElementImpl::getOwningProperty() const {
 }
 
 const PropertyInfo& ElementImpl::checkedInfo(const meta::Property& property) const {
-  const PropertyInfo& info = meta::infoOf(property);
-  if (!classInfo().isA(*info.owner)) [[unlikely]] {
-    reportException(mf0::messages::NoSuchProperty(classInfo().qualifiedName, toUtf8(info.name)));
+  const PropertyInfo* info = property->info();
+  if (info && classInfo().isA(*info->owner)) [[likely]] {
+    return *info;
   }
-  return info;
+  reportException(mf0::messages::NoSuchProperty(classInfo().qualifiedName,
+                                                toUtf8(meta::infoOf(property).name)));
 }
 
 ModelElement ModelImpl::createProxy(const meta::Class& metaClass, const uuid& identity) {

@@ -56,18 +56,8 @@ struct Described {
   constexpr PropertyInfo property(const PropertyType& type, std::u16string_view propertyName,
                                   std::uint16_t index, std::size_t offset,
                                   const PropertyFacts& facts = {}) const {
-    return {.name = propertyName,
-            .type = type.name,
-            .kind = type.kind,
-            .flags = static_cast<std::uint16_t>(facts.flags),
-            .index = index,
-            .offset = static_cast<std::uint32_t>(offset),
-            .identity = itemIdentity(qualifiedName, propertyName),
-            .owner = &info,
-            .target = type.target,
-            .enumeration = type.enumeration,
-            .defaultValue = facts.defaultValue,
-            .derive = facts.derive};
+    return table::property(type, propertyName, index, offset, info,
+                           itemIdentity(qualifiedName, propertyName), facts);
   }
   // Answers what contains the element.
   constexpr PropertyInfo owner(const PropertyType& type, std::u16string_view propertyName) const {
@@ -77,19 +67,9 @@ struct Described {
   }
   constexpr ClassInfo describe(const ClassInfo& super, std::span<const PropertyInfo> properties,
                                std::uint16_t firstIndex, std::uint16_t indexCount,
-                               const NativeInfo& native = {}) const {
-    return {name,
-            qualifiedName,
-            scopedName,
-            identityOf(qualifiedName),
-            native.storageSize == 0,
-            &super,
-            properties,
-            {},
-            firstIndex,
-            indexCount,
-            native,
-            ensureRegistered};
+                               const NativeInfo& native = kAbstract) const {
+    return table::describe(name, qualifiedName, scopedName, identityOf(qualifiedName), super,
+                           native, properties, {}, firstIndex, indexCount, ensureRegistered);
   }
 };
 
