@@ -5,7 +5,7 @@ FUZZ_SECONDS ?= 60
 ARGS ?=
 
 help: ## List these targets
-	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "  make %-8s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 
 demo: ## Build what it needs and run the motor study (ARGS="--help" for its options)
 	@scripts/setup.sh demo
@@ -16,11 +16,21 @@ demo: ## Build what it needs and run the motor study (ARGS="--help" for its opti
 test: ## Run every test and check, as continuous integration does
 	@scripts/test.sh
 
-bench: ## Build and run the benchmarks (ARGS="--benchmark_filter=..." to pick some)
+bench: ## Measure against hand-written code, one table (ARGS="--quick", "--filter create", "--help")
 	@scripts/setup.sh bench
 	@scripts/quietly.sh cmake --preset release -DKXSIM_BENCH=ON
 	@cmake --build --preset release --target kxsim_bench
 	@build/release/bench/kxsim_bench $(ARGS)
+
+bench-counts: ## Count instructions and hold them against the record (ARGS="--update" to accept)
+	@scripts/setup.sh counts
+	@scripts/quietly.sh cmake --preset release -DKXSIM_BENCH=ON
+	@cmake --build --preset release --target kxsim_bench
+	@python3 bench/counts.py build/release/bench/kxsim_bench $(ARGS)
+
+bench-build: ## Measure a clean release build, the generator and the libraries' sizes
+	@scripts/setup.sh build
+	@bench/build_costs.sh
 
 tsan: ## Run the C++ tests under ThreadSanitizer
 	@scripts/setup.sh tsan
@@ -59,4 +69,4 @@ install: ## Install the libraries and headers under PREFIX (/usr/local)
 clean: ## Remove everything that was built
 	rm -rf build
 
-.PHONY: help demo test bench tsan fuzz format tidy lines install clean
+.PHONY: help demo test bench bench-counts bench-build tsan fuzz format tidy lines install clean

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -55,7 +56,7 @@ class Arena {
   }
 
  private:
-  static constexpr std::size_t kBlock = std::size_t{1} << 20;
+  static constexpr std::size_t kBlock = std::size_t{4} << 20;
   struct Free {
     void operator()(std::byte* block) const { std::free(block); }
   };
@@ -96,6 +97,30 @@ struct EmptyRun {
   Sample** samples = nullptr;
   std::uint32_t size = 0;
   std::uint32_t capacity = 0;
+};
+
+/// What one simulation of a job keeps; texts are shared.
+struct Simulation {
+  Identity identity;
+  struct Job* owner = nullptr;
+  std::size_t position = 0;
+  double runId = 0;
+  const std::u16string* state = nullptr;
+  const std::u16string* statusString = nullptr;
+  const std::u16string* simStatus = nullptr;
+  double progress = 0;
+  double simElapsedWallTime = 0;
+  double eta = 0;
+  const std::u16string* machine = nullptr;
+};
+
+struct Job {
+  std::vector<Simulation*> simulations;
+  void add(Simulation& simulation) {
+    simulation.owner = this;
+    simulation.position = simulations.size();
+    simulations.push_back(&simulation);
+  }
 };
 
 }  // namespace kxsim::bench::floor

@@ -18,16 +18,25 @@ constexpr std::array kGoals{
     Goal{"factorial", kTimesFloor, 4, 2.8},
     Goal{"factorial", kKeptBytes, 180, 155},
     Goal{"factorial-warm", kNanoseconds, 40, 20},
-    Goal{"append", kNanoseconds, 60, 40},
-    Goal{"destroy-owner", kNanoseconds, 15, 6},
+    Goal{"pairing", kTimesRow, 1.0 / 6, 1.0 / 6, "factorial"},
+    Goal{"random", kNanoseconds, 150, 100},
     Goal{"set-observed", kNanoseconds, 12, 6},
     Goal{"set-observed", kAllocations, 0, 0},
     Goal{"set-in-transaction", kNanoseconds, 8, 5},
     Goal{"set-in-transaction", kAllocations, 0, 0},
     Goal{"set-equal", kNanoseconds, 3, 2},
     Goal{"set-equal", kAllocations, 0, 0},
+    Goal{"get-by-property", kNanoseconds, 3, 2},
+    Goal{"get-by-property", kAllocations, 0, 0},
+    Goal{"set-by-property", kAboveRow, 2, 1, "set-alone"},
+    Goal{"set-by-property", kAllocations, 0, 0},
+    Goal{"append", kNanoseconds, 60, 40},
+    Goal{"destroy-owner", kNanoseconds, 15, 6},
     Goal{"destroy-sample", kNanoseconds, 30, 18},
     Goal{"roll-back-runs", kTimesRow, 1, 0.5, "make-runs"},
+    Goal{"select", kNanoseconds, 10, 8},
+    Goal{"run-record", kResidentBytes, 200, 150},
+    Goal{"load", kMilliseconds, 3, 1},
 };
 
 }  // namespace
@@ -37,8 +46,8 @@ std::span<const Goal> goals() { return kGoals; }
 const std::vector<Row>& allRows() {
   static const std::vector<Row> rows = [] {
     std::vector<Row> all;
-    for (const auto& theme :
-         {creationRows(), studyRows(), propertyRows(), collectionRows(), transactionRows()}) {
+    for (const auto& theme : {creationRows(), studyRows(), propertyRows(), collectionRows(),
+                              transactionRows(), queryRows(), loadRows()}) {
       all.insert(all.end(), theme.begin(), theme.end());
     }
     return all;

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ namespace {
 struct Options {
   bool quick = false;
   bool list = false;
+  bool compiler = false;
   std::string filter;
   std::string json;
   std::string measured;  ///< the row to measure once, for a parent or under callgrind
@@ -37,7 +39,7 @@ class Progress : public benchmark::BenchmarkReporter {
   }
 };
 
-int repetitions(std::size_t n) { return n < 100'000 ? 9 : n < 1'000'000 ? 5 : 3; }
+int repetitions(std::size_t n) { return n < 100'000 ? 9 : n < 1'000'000 ? 7 : 5; }
 
 void registerSide(const Row& row, Side side, std::size_t n, Results& results) {
   const std::string name =
@@ -61,37 +63,44 @@ void registerSide(const Row& row, Side side, std::size_t n, Results& results) {
       ->Repetitions(repetitions(n));
 }
 
-void registerRows(const Options& options, Results& results) {
+/// False when the filter leaves none.
+bool registerRows(const Options& options, Results& results) {
   const std::size_t limit = options.quick ? 100'000 : 1'000'000;
+  const std::regex wanted(options.filter);
+  bool any = false;
   for (const Row& row : allRows()) {
+    if (!std::regex_search(row.name.begin(), row.name.end(), wanted)) continue;
+    any = true;
     for (std::size_t n = row.smallest; n <= std::min(row.largest, limit); n *= 10) {
       registerSide(row, Side::kOurs, n, results);
       if (row.floor) registerSide(row, Side::kFloor, n, results);
     }
   }
+  return any;
 }
 
-void initialise(const char* program, const Options& options) {
-  std::vector<std::string> words{program, "--benchmark_filter=" + options.filter};
+/// Google Benchmark keeps the program's name, so that must stay.
+void initialise(char* program, const Options& options) {
+  std::vector<std::string> words;
   if (!options.json.empty()) {
     words.push_back("--benchmark_out=" + options.json);
     words.push_back("--benchmark_out_format=json");
   }
-  std::vector<char*> arguments;
+  std::vector<char*> arguments{program};
   for (std::string& word : words) arguments.push_back(word.data());
   int count = static_cast<int>(arguments.size());
   benchmark::Initialize(&count, arguments.data());
 }
 
-int runAll(const char* program, const Options& options) {
+int runAll(char* program, const Options& options) {
   Results results;
-  registerRows(options, results);
-  initialise(program, options);
-  Progress progress;
-  if (benchmark::RunSpecifiedBenchmarks(&progress) == 0) {
+  if (!registerRows(options, results)) {
     std::cerr << "no row matches: " << options.filter << "\n";
     return 2;
   }
+  initialise(program, options);
+  Progress progress;
+  benchmark::RunSpecifiedBenchmarks(&progress);
   printReport(std::cout, results);
   return 0;
 }
@@ -121,11 +130,16 @@ int run(int argc, char** argv) {
   app.add_option("--json", options.json, "write every single measurement to this file");
   app.add_flag("--list", options.list,
                "list the rows, each with its size for counting instructions");
+  app.add_flag("--compiler", options.compiler, "say what built this program");
   app.add_option("--measure", options.measured, "measure one row once and print the bare figures");
   app.add_option("--size", options.size, "how many items, with --measure");
   app.add_flag("--floor", options.floor, "the floor instead, with --measure");
   CLI11_PARSE(app, argc, argv);
   if (options.list) return listRows();
+  if (options.compiler) {
+    std::cout << KXSIM_BENCH_COMPILER << "\n";
+    return 0;
+  }
   return options.measured.empty() ? runAll(argv[0], options) : runOne(options);
 }
 

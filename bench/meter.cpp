@@ -4,14 +4,16 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 
-#if __has_include(<valgrind/callgrind.h>)
+#ifdef KXSIM_BENCH_CALLGRIND
 #include <valgrind/callgrind.h>
 #else
 #define CALLGRIND_START_INSTRUMENTATION
 #define CALLGRIND_STOP_INSTRUMENTATION
+#define CALLGRIND_ZERO_STATS
 #endif
 
 namespace kxsim::bench {
@@ -50,19 +52,25 @@ double peakResidentBytes() {
 
 }  // namespace
 
+Meter::Meter(std::size_t items) {
+  result_.items = static_cast<double>(items);
+  CALLGRIND_ZERO_STATS;
+}
+
 void Meter::begin() {
   residentBefore_ = residentBytes();
   allocationsBefore_ = allocationCount();
   startedAt_ = processorSeconds();
-  CALLGRIND_START_INSTRUMENTATION;
 }
 
 void Meter::end(double sign) {
-  CALLGRIND_STOP_INSTRUMENTATION;
   result_.seconds += sign * (processorSeconds() - startedAt_);
   result_.allocations += sign * static_cast<double>(allocationCount() - allocationsBefore_);
   result_.residentBytes += sign * (residentBytes() - residentBefore_);
-  result_.peakBytes += sign * (peakResidentBytes() - residentBefore_);
+  result_.peakBytes = std::max(result_.peakBytes, peakResidentBytes() - residentBefore_);
 }
+
+void Meter::startCounting() { CALLGRIND_START_INSTRUMENTATION; }
+void Meter::stopCounting() { CALLGRIND_STOP_INSTRUMENTATION; }
 
 }  // namespace kxsim::bench

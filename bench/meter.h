@@ -26,16 +26,20 @@ struct Measurement {
 /// Handed to a row, which says where the measured region lies.
 class Meter {
  public:
-  explicit Meter(std::size_t items) { result_.items = static_cast<double>(items); }
+  /// Forgets the instructions that were counted before.
+  explicit Meter(std::size_t items);
 
-  /// Runs `region` and adds what it cost; what it returns must not be optimised away.
+  /// Runs `region` and adds what it cost.
   template <class Region>
   void measure(Region&& region) {
     begin();
+    startCounting();
     std::forward<Region>(region)();
+    stopCounting();
     end(1.0);
   }
-  /// Runs `region` and takes its time off again: a part of the row that is not its point.
+  /// Runs `region` and takes its cost off again: a part of the row that is not its point. Not its
+  /// instructions, which are never negative.
   template <class Region>
   void deduct(Region&& region) {
     begin();
@@ -53,6 +57,8 @@ class Meter {
  private:
   void begin();
   void end(double sign);
+  static void startCounting();
+  static void stopCounting();
 
   Measurement result_;
   double residentBefore_ = 0;

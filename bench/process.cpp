@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "package/module.h"
+
 namespace kxsim::bench {
 
 namespace {
@@ -22,6 +24,7 @@ constexpr const char* kFormat = "%lf %lf %lf %lf %lf %lf";
 }  // namespace
 
 Measurement measureHere(const Row& row, Side side, std::size_t n) {
+  VXInitialize_kxsim_design();
   const Body body = side == Side::kOurs ? row.ours : row.floor;
   Meter small(std::min<std::size_t>(n, 100));
   body(std::min<std::size_t>(n, 100), small);

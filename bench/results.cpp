@@ -38,6 +38,11 @@ std::optional<double> Results::residentBytes(const Row& row, Side side, std::siz
   return median({&row, side, n}, [](const Measurement& m) { return m.residentBytes / m.items; });
 }
 
+std::optional<double> Results::peakBytes(const Row& row, Side side, std::size_t n) const {
+  if (!keptBytes(row, side, n)) return std::nullopt;
+  return median({&row, side, n}, [](const Measurement& m) { return m.peakBytes / m.items; });
+}
+
 std::optional<double> Results::allocations(const Row& row, Side side, std::size_t n) const {
   return median({&row, side, n}, [](const Measurement& m) { return m.allocations; });
 }
@@ -57,8 +62,10 @@ std::optional<double> quotient(std::optional<double> a, std::optional<double> b)
 std::optional<double> Results::growth(const Row& row, Side side) const {
   constexpr std::size_t kFrom = 10'000;
   const std::size_t n = largest(row);
-  if (n <= kFrom) return std::nullopt;
-  return quotient(nanoseconds(row, side, n), nanoseconds(row, side, kFrom));
+  const auto from = nanoseconds(row, side, kFrom);
+  // Growth from next to nothing says nothing.
+  if (n <= kFrom || !from || *from < 0.5) return std::nullopt;
+  return quotient(nanoseconds(row, side, n), from);
 }
 
 namespace {
@@ -75,6 +82,8 @@ std::optional<double> figureOf(const Results& results, const Row& row, const Goa
   const Row* other = findRow(goal.other);
   const auto others = other ? results.nanoseconds(*other, Side::kOurs, n) : std::nullopt;
   switch (goal.measure) {
+    case Measure::kMilliseconds:
+      return quotient(ours, 1e6);
     case Measure::kNanoseconds:
       return ours;
     case Measure::kTimesFloor:
@@ -85,28 +94,24 @@ std::optional<double> figureOf(const Results& results, const Row& row, const Goa
       return ours && others ? std::optional(*ours - *others) : std::nullopt;
     case Measure::kKeptBytes:
       return results.keptBytes(row, Side::kOurs, n);
+    case Measure::kResidentBytes:
+      return results.residentBytes(row, Side::kOurs, n);
     case Measure::kAllocations:
       return results.allocations(row, Side::kOurs, n);
   }
   return std::nullopt;
 }
 
-std::string unitOf(const Goal& goal) {
-  switch (goal.measure) {
-    case Measure::kNanoseconds:
-      return " ns";
-    case Measure::kTimesFloor:
-      return " times the floor";
-    case Measure::kTimesRow:
-      return " times " + std::string(goal.other);
-    case Measure::kAboveRow:
-      return " ns above " + std::string(goal.other);
-    case Measure::kKeptBytes:
-      return " B";
-    case Measure::kAllocations:
-      return " allocations";
-  }
-  return "";
+std::string_view unitOf(Measure measure) {
+  constexpr std::string_view kUnits[] = {
+      " ns", " ms", " times the floor", " times ", " ns above ", " B", " B", " allocations",
+  };
+  return kUnits[static_cast<std::size_t>(measure)];
+}
+
+std::string textOf(const Goal& goal, double figure) {
+  return rounded(figure) + std::string(unitOf(goal.measure)) + std::string(goal.other) + ", goal " +
+         rounded(goal.value) + ", beyond " + rounded(goal.beyond);
 }
 
 }  // namespace
@@ -115,17 +120,16 @@ std::vector<Verdict> judge(const Results& results, const Row& row) {
   std::vector<Verdict> verdicts;
   for (const Goal& goal : goals()) {
     if (goal.row != row.name) continue;
-    const auto figure = figureOf(results, row, goal);
-    if (!figure) continue;
-    verdicts.push_back({*figure <= goal.value, rounded(*figure) + unitOf(goal) + ", goal " +
-                                                   rounded(goal.value) + ", beyond " +
-                                                   rounded(goal.beyond)});
+    if (const auto figure = figureOf(results, row, goal)) {
+      verdicts.push_back({*figure <= goal.value, *figure <= goal.beyond, textOf(goal, *figure)});
+    }
   }
   if (const auto growth = results.growth(row, Side::kOurs)) {
-    const double floor = results.growth(row, Side::kFloor).value_or(1.0);
-    const double allowed = kGrowthGoal * std::max(1.0, floor);
-    verdicts.push_back(
-        {*growth <= allowed, "grows " + rounded(*growth) + " times, goal " + rounded(allowed)});
+    const double allowed =
+        kGrowthGoal * std::max(1.0, results.growth(row, Side::kFloor).value_or(1.0));
+    const bool met = *growth <= allowed;
+    verdicts.push_back({met, met && !verdicts.empty(),
+                        "grows " + rounded(*growth) + " times, goal " + rounded(allowed)});
   }
   return verdicts;
 }

@@ -31,12 +31,14 @@ struct Row {
 
 /// What is compared with a goal.
 enum class Measure {
-  kNanoseconds,  ///< per item
+  kNanoseconds,   ///< per item
+  kMilliseconds,  ///< per item
   kTimesFloor,
-  kTimesRow,     ///< time per item against another row's
-  kAboveRow,     ///< nanoseconds per item more than another row's
-  kKeptBytes,    ///< per item
-  kAllocations,  ///< in all
+  kTimesRow,       ///< time per item against another row's
+  kAboveRow,       ///< nanoseconds per item more than another row's
+  kKeptBytes,      ///< per item
+  kResidentBytes,  ///< per item
+  kAllocations,    ///< in all
 };
 
 /// A figure to reach, and the one that would be better still.
@@ -60,6 +62,7 @@ std::span<const Row> propertyRows();
 std::span<const Row> collectionRows();
 std::span<const Row> transactionRows();
 std::span<const Row> queryRows();
+std::span<const Row> loadRows();
 
 /// All of them, in the table's order.
 const std::vector<Row>& allRows();

@@ -59,57 +59,35 @@ void destroyOwner(std::size_t n, Meter& meter) {
   meter.measure([&] { job->destroy(); });
 }
 
-// The floor: what a simulation run holds, its owner and its place there.
-
-struct Owner;
-struct Child {
-  floor::Identity identity;
-  Owner* owner = nullptr;
-  std::size_t position = 0;
-  double runId = 0;
-  const char16_t* state = nullptr;
-  const char16_t* statusString = nullptr;
-  const char16_t* simStatus = nullptr;
-  double progress = 0;
-  double simElapsedWallTime = 0;
-  double eta = 0;
-  const char16_t* machine = nullptr;
-};
-struct Owner {
-  std::vector<Child*> children;
-  void add(Child& child) {
-    child.owner = this;
-    child.position = children.size();
-    children.push_back(&child);
-  }
-};
+// The floor: a vector of pointers, and the way back from each child.
 
 void appendFloor(std::size_t n, Meter& meter) {
   floor::Generator generator;
-  std::vector<Child> children;
+  std::vector<floor::Simulation> children;
   children.reserve(n);
   for (std::size_t i = 0; i < n; ++i) children.push_back({generator.identity()});
-  Owner owner;
+  floor::Job owner;
   meter.measure([&] {
-    for (Child& child : children) owner.add(child);
+    for (floor::Simulation& child : children) owner.add(child);
   });
 }
 
-void createAndAppend(std::size_t n, Owner& owner, floor::Arena& arena) {
+void createAndAppend(std::size_t n, floor::Job& owner, floor::Arena& arena) {
   floor::Generator generator;
-  for (std::size_t i = 0; i < n; ++i) owner.add(*arena.make<Child>(generator.identity()));
+  for (std::size_t i = 0; i < n; ++i)
+    owner.add(*arena.make<floor::Simulation>(generator.identity()));
 }
 
 void createAndAppendFloor(std::size_t n, Meter& meter) {
   floor::Arena arena;
-  Owner owner;
+  floor::Job owner;
   meter.measure([&] { createAndAppend(n, owner, arena); });
-  meter.keep(n * sizeof(Child) + owner.children.capacity() * sizeof(Child*));
+  meter.keep(n * sizeof(floor::Simulation) + owner.simulations.capacity() * sizeof(void*));
 }
 
 void destroyOwnerFloor(std::size_t n, Meter& meter) {
   floor::Arena arena;
-  Owner owner;
+  floor::Job owner;
   createAndAppend(n, owner, arena);
   meter.measure([&] {
     const auto lastOwner = std::move(owner);

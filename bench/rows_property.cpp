@@ -1,5 +1,7 @@
 // Setting a number and reading it back, by name and by reflection. One element, n times: what
 // counts is the call, and that it asks for no memory.
+#include <cstddef>
+#include <cstring>
 #include <utility>
 
 #include "framework/change_set.h"
@@ -14,6 +16,7 @@ namespace {
 
 using kinetra::simmanager::mm::Job;
 using mf::zero::Model;
+namespace meta = mf::zero::meta;
 
 struct Listener : mf::zero::Observer {
   std::size_t heard = 0;
@@ -66,6 +69,31 @@ void setEqual(std::size_t n, Meter& meter) {
   });
 }
 
+// By reflection, as the host does it: by the registered property.
+
+meta::Property startTime() { return Job::metaClass()->findProperty(u"StartTime"); }
+
+void getByProperty(std::size_t n, Meter& meter) {
+  const Job job = Job::create(Model::create());
+  const meta::Property property = startTime();
+  double sum = 0;
+  meter.measure([&] {
+    for (std::size_t i = 0; i < n; ++i) {
+      sum += job->getPropertyValue(property).getValue<double>();
+      use(sum);
+    }
+  });
+}
+
+void setByProperty(std::size_t n, Meter& meter) {
+  const Job job = Job::create(Model::create());
+  const meta::Property property = startTime();
+  job->setPropertyValue(property, 0.5);
+  meter.measure([&] {
+    for (std::size_t i = 0; i < n; ++i) job->setPropertyValue(property, numberOf(i));
+  });
+}
+
 // The floor: a struct, a compare, a store and a virtual call.
 
 struct Record;
@@ -115,6 +143,49 @@ void setEqualFloor(std::size_t n, Meter& meter) {
   });
 }
 
+// A table of properties, and a tagged value.
+
+struct TaggedValue {
+  enum class Kind : std::uint8_t { kNumber, kFlag } kind;
+  double number;
+};
+struct Field {
+  TaggedValue::Kind kind;
+  std::size_t offset;
+};
+constexpr Field kFields[] = {{TaggedValue::Kind::kNumber, offsetof(Record, startTime)}};
+
+void getByPropertyFloor(std::size_t n, Meter& meter) {
+  Record record{1.0};
+  const Field* field = kFields;
+  double sum = 0;
+  meter.measure([&] {
+    for (std::size_t i = 0; i < n; ++i) {
+      use(field);
+      TaggedValue value{field->kind, 0};
+      std::memcpy(&value.number, reinterpret_cast<std::byte*>(&record) + field->offset, 8);
+      use(value);
+      sum += value.number;
+    }
+    use(sum);
+  });
+}
+
+void setByPropertyFloor(std::size_t n, Meter& meter) {
+  Record record{1.0};
+  const Field* field = kFields;
+  meter.measure([&] {
+    for (std::size_t i = 0; i < n; ++i) {
+      use(field);
+      TaggedValue value{TaggedValue::Kind::kNumber, numberOf(i)};
+      use(value);
+      if (value.kind != field->kind) continue;
+      std::memcpy(reinterpret_cast<std::byte*>(&record) + field->offset, &value.number, 8);
+      use(record);
+    }
+  });
+}
+
 constexpr Row kRows[] = {
     {"set-alone", "set", "a number, own transaction, nobody listens", Process::kThis, setAlone,
      setAloneFloor},
@@ -123,6 +194,10 @@ constexpr Row kRows[] = {
     {"set-in-transaction", "set", "a number in an open transaction", Process::kThis,
      setInTransaction, setAloneFloor},
     {"set-equal", "set", "a number to the value it has", Process::kThis, setEqual, setEqualFloor},
+    {"get-by-property", "get", "a number by its registered property", Process::kThis, getByProperty,
+     getByPropertyFloor},
+    {"set-by-property", "set", "a number by its registered property, nobody listens",
+     Process::kThis, setByProperty, setByPropertyFloor},
 };
 
 }  // namespace

@@ -1,8 +1,11 @@
 // Generating the runs of a study, and giving all of it back.
+#include <array>
+#include <cmath>
 #include <utility>
 #include <vector>
 
 #include "framework/model_impl.h"
+#include "host/random.h"
 #include "row.h"
 #include "study.h"
 
@@ -13,9 +16,11 @@ namespace {
 using design::Iteration;
 using mf::zero::Model;
 
+constexpr std::size_t kPairedSamples = 2 * floor::kFactors;
+
 void generate(std::size_t n, Meter& meter) {
   const Model model = Model::create();
-  const design::Exhaustive study = fullFactorial(model, n);
+  const design::Exhaustive study = fullFactorial(model, levelsFor(n));
   std::vector<Iteration> runs;
   meter.measure([&] { runs = study->createIterations(); });
   meter.keep(model->bytesReserved() + runs.capacity() * sizeof(Iteration));
@@ -38,7 +43,7 @@ void warm(std::size_t n, Meter& meter) {
 
 void destroyAll(std::size_t n, Meter& meter) {
   Model model = Model::create();
-  design::Exhaustive study = fullFactorial(model, n);
+  design::Exhaustive study = fullFactorial(model, levelsFor(n));
   std::vector<Iteration> runs = study->createIterations();
   meter.measure([&] {
     const auto lastRuns = std::move(runs);
@@ -53,11 +58,86 @@ void destroyAllFloor(std::size_t n, Meter& meter) {
   meter.measure([&] { const auto last = std::move(runs); });
 }
 
+// What pairing alone costs: a study of the same children is generated without being paired.
+void pair(std::size_t n, Meter& meter) {
+  const Model model = Model::create();
+  const Model apart = Model::create();
+  const design::Sequential study = sequential(model, n);
+  const design::Sequential children = sequential(apart, n);
+  std::vector<Iteration> runs;
+  meter.measure([&] { runs = study->createIterations(); });
+  meter.deduct([&] {
+    for (const auto& child : children.parameterSpaces()) child->createIterations();
+  });
+  meter.setItems(n * kPairedSamples);
+  meter.keep(model->bytesReserved() - apart->bytesReserved() + runs.capacity() * sizeof(Iteration));
+}
+
+void pairFloor(std::size_t n, Meter& meter) {
+  using Samples = std::array<floor::Sample*, 2>;
+  struct Paired {
+    floor::Identity identity;
+    std::array<floor::Sample*, kPairedSamples> samples;
+  };
+  floor::Sample sample;
+  const std::vector<Samples> child(n, {&sample, &sample});
+  const std::array<std::vector<Samples>, floor::kFactors> children{child, child, child,
+                                                                   child, child, child};
+  floor::Generator generator;
+  std::vector<Paired> runs;
+  meter.measure([&] {
+    runs.reserve(n);
+    for (std::size_t i = 0; i < n; ++i) {
+      Paired& run = runs.emplace_back(Paired{generator.identity(), {}});
+      for (std::size_t j = 0; j < floor::kFactors; ++j) {
+        run.samples[2 * j] = children[j][i][0];
+        run.samples[2 * j + 1] = children[j][i][1];
+      }
+    }
+  });
+  meter.setItems(n * kPairedSamples);
+  meter.keep(n * sizeof(Paired));
+}
+
+void drawRuns(std::size_t n, Meter& meter) {
+  const Model model = Model::create();
+  const design::RandomParameterSpace space = randomSpace(model, n);
+  std::vector<Iteration> runs;
+  meter.measure([&] { runs = space->createIterations(); });
+  meter.setItems(n * 4);
+  meter.keep(model->bytesReserved() + runs.capacity() * sizeof(Iteration));
+}
+
+void drawRunsFloor(std::size_t n, Meter& meter) {
+  struct Drawn {
+    floor::Identity identity;
+    double value;
+  };
+  vexal::Generator random(1);
+  floor::Generator generator;
+  std::vector<std::array<Drawn, 4>> runs;
+  meter.measure([&] {
+    runs.reserve(n);
+    for (std::size_t i = 0; i < n; ++i) {
+      runs.push_back({Drawn{generator.identity(), random.uniform()},
+                      Drawn{generator.identity(), random.normal()},
+                      Drawn{generator.identity(), std::exp(random.normal())},
+                      Drawn{generator.identity(), random.exponential()}});
+    }
+  });
+  meter.setItems(n * 4);
+  meter.keep(n * sizeof(runs[0]));
+}
+
 constexpr Row kRows[] = {
     {"factorial", "run", "full factorial over six shared sets of samples, design matrix included",
      Process::kFresh, generate, generateFloor},
     {"factorial-warm", "run", "the same with memory that the process has used before",
-     Process::kFresh, warm<generate>, warm<generateFloor>},
+     Process::kFresh, warm<generate>, warm<generateFloor>, 1'000, 1'000'000, 0},
+    {"pairing", "reference", "sequential pairing of six spaces' runs, those of the spaces apart",
+     Process::kFresh, pair, pairFloor},
+    {"random", "sample", "random runs of four parameters, each drawn through the host's \"random\"",
+     Process::kFresh, drawRuns, drawRunsFloor},
     {"destroy-factorial", "run", "the runs, their study and its model given back", Process::kFresh,
      destroyAll, destroyAllFloor},
 };

@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <limits>
 
+#include "design/random_parameter.h"
 #include "design/variable.h"
 #include "framework/collection.h"
 #include "host/array.h"
 #include "host/cell.h"
+#include "host/distribution.h"
 
 namespace kxsim::bench {
 
@@ -32,12 +34,37 @@ design::ValueSetParameter valueSet(const mf::zero::Model& model, std::size_t cou
   return parameter;
 }
 
-design::Exhaustive fullFactorial(const mf::zero::Model& model, std::size_t n) {
+design::Exhaustive fullFactorial(const mf::zero::Model& model,
+                                 std::span<const std::size_t> levels) {
   const design::Exhaustive study = design::Exhaustive::create(model);
-  for (const std::size_t levels : levelsFor(n)) {
-    study->getParameterSpacesMutable().add(valueSet(model, levels));
+  for (const std::size_t count : levels) {
+    study->getParameterSpacesMutable().add(valueSet(model, count));
   }
   return study;
+}
+
+design::Sequential sequential(const mf::zero::Model& model, std::size_t n) {
+  std::size_t first = 1;
+  while (first * first < n) first *= 10;
+  const design::Sequential study = design::Sequential::create(model);
+  for (std::size_t j = 0; j < floor::kFactors; ++j) {
+    study->getParameterSpacesMutable().add(fullFactorial(model, std::array{first, n / first}));
+  }
+  return study;
+}
+
+design::RandomParameterSpace randomSpace(const mf::zero::Model& model, std::size_t n) {
+  const design::RandomParameterSpace space = design::RandomParameterSpace::create(model);
+  vexal::ArrayPtr distributions[] = {vexal::makeUniform(0, 1), vexal::makeNormal(0, 1),
+                                     vexal::makeLognormal(0, 1), vexal::makeExponential(1)};
+  for (const vexal::ArrayPtr& distribution : distributions) {
+    const design::RandomParameter parameter = design::RandomParameter::create(model);
+    parameter->setDistribution(distribution.get());
+    parameter->setParameterType(design::Variable::create(model));
+    space->getParametersMutable().add(parameter);
+  }
+  space->setNumSamples(static_cast<double>(n));
+  return space;
 }
 
 std::vector<design::ParameterSample> makeSamples(const mf::zero::Model& model, std::size_t count) {
@@ -64,28 +91,27 @@ void keepFreedMemory() {
 
 namespace floor {
 
-std::vector<double> designMatrix(std::size_t n) {
+std::unique_ptr<double[]> designMatrix(std::size_t n) {
   const auto levels = levelsFor(n);
-  std::vector<double> matrix(n * kFactors);
-  for (std::size_t i = 0; i < n; ++i) {
-    std::size_t rest = i;
-    for (std::size_t j = 0; j < kFactors; ++j) {
-      matrix[i * kFactors + j] = static_cast<double>(rest % levels[j] + 1);
-      rest /= levels[j];
-    }
+  auto matrix = std::make_unique_for_overwrite<double[]>(n * kFactors);
+  std::array<std::size_t, kFactors> next{};
+  double* column = matrix.get();
+  for (std::size_t i = 0; i < n; ++i, column += kFactors) {
+    for (std::size_t j = 0; j < kFactors; ++j) column[j] = static_cast<double>(next[j] + 1);
+    for (std::size_t j = 0; j < kFactors && ++next[j] == levels[j]; ++j) next[j] = 0;
   }
   return matrix;
 }
 
 std::vector<Run> fullFactorial(std::size_t n, Factors& factors) {
-  const std::vector<double> matrix = designMatrix(n);
+  const auto matrix = designMatrix(n);
   Generator generator;
-  std::vector<Run> runs(n);
+  std::vector<Run> runs;
+  runs.reserve(n);
   for (std::size_t i = 0; i < n; ++i) {
-    runs[i].identity = generator.identity();
+    Run& run = runs.emplace_back(Run{generator.identity(), {}});
     for (std::size_t j = 0; j < kFactors; ++j) {
-      const auto level = static_cast<std::size_t>(matrix[i * kFactors + j]) - 1;
-      runs[i].samples[j] = &factors[j][level];
+      run.samples[j] = &factors[j][static_cast<std::size_t>(matrix[i * kFactors + j]) - 1];
     }
   }
   return runs;

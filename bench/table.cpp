@@ -23,6 +23,15 @@ std::string processor() {
   return "unknown processor";
 }
 
+/// "always", "madvise" or "never": what large pages do for fresh memory.
+std::string hugePages() {
+  std::ifstream setting("/sys/kernel/mm/transparent_hugepage/enabled");
+  std::string line;
+  std::getline(setting, line);
+  const std::size_t from = line.find('[') + 1;
+  return from == 0 ? "unknown" : line.substr(from, line.find(']') - from);
+}
+
 std::string today() {
   const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   std::ostringstream text;
@@ -61,6 +70,8 @@ constexpr Column kColumns[] = {
     {"", "floor", 6},
     {"resident", "ours", 10},
     {"", "floor", 6},
+    {"peak", "ours", 7},
+    {"", "floor", 6},
     {"goals", "", 8},
 };
 
@@ -75,6 +86,7 @@ void printLine(std::ostream& out, CellOf&& cellOf) {
 
 std::string verdictOf(const std::vector<Verdict>& verdicts) {
   if (verdicts.empty()) return "-";
+  if (std::ranges::all_of(verdicts, &Verdict::beyond)) return "beyond";
   return std::ranges::all_of(verdicts, &Verdict::met) ? "met" : "MISSED";
 }
 
@@ -98,6 +110,9 @@ std::vector<std::string> cellsOf(const Results& results, const Row& row) {
   for (const Side side : {Side::kOurs, Side::kFloor}) {
     cells.push_back(text(results.residentBytes(row, side, n)));
   }
+  for (const Side side : {Side::kOurs, Side::kFloor}) {
+    cells.push_back(text(results.peakBytes(row, side, n)));
+  }
   cells.push_back(verdictOf(judge(results, row)));
   return cells;
 }
@@ -107,32 +122,41 @@ void printHead(std::ostream& out) {
   uname(&system);
   out << processor() << ", " << system.sysname << " " << system.release << ", "
       << KXSIM_BENCH_COMPILER << ", " << today() << ", commit " << KXSIM_BENCH_COMMIT << "\n"
-      << "One thread, medians. Bytes are per item at the largest size, where goals are judged.\n\n";
+      << "One thread, processor time, medians. Transparent huge pages: " << hugePages() << ".\n"
+      << "Bytes are per item at the largest size, where goals are judged.\n\n";
   printLine(out, [](std::size_t i) { return kColumns[i].group; });
   printLine(out, [](std::size_t i) { return kColumns[i].title; });
 }
 
-std::vector<const Row*> measuredRows(const Results& results) {
-  std::vector<const Row*> rows;
+using Rows = std::vector<const Row*>;
+
+Rows measuredRows(const Results& results) {
+  Rows rows;
   for (const Row& row : allRows()) {
     if (results.largest(row) > 0) rows.push_back(&row);
   }
   return rows;
 }
 
-}  // namespace
-
-void printReport(std::ostream& out, const Results& results) {
-  const std::vector<const Row*> rows = measuredRows(results);
-  printHead(out);
+void printTable(std::ostream& out, const Results& results, const Rows& rows) {
   for (const Row* row : rows) {
+    if (row->largest == 1) continue;
     const auto cells = cellsOf(results, *row);
     printLine(out, [&](std::size_t i) { return cells[i]; });
   }
-  out << "\n";
+}
+
+void printLegend(std::ostream& out, const Results& results, const Rows& rows) {
   for (const Row* row : rows) {
-    out << std::left << std::setw(20) << row->name << row->what << " (per " << row->unit << ")\n";
+    out << std::left << std::setw(20) << row->name << row->what << " (per " << row->unit << ")";
+    if (row->largest == 1) {
+      out << ": " << text(quotient(results.nanoseconds(*row, Side::kOurs, 1), 1e6)) << " ms";
+    }
+    out << "\n";
   }
+}
+
+void printMissed(std::ostream& out, const Results& results, const Rows& rows) {
   out << "\nMissed goals:\n";
   bool any = false;
   for (const Row* row : rows) {
@@ -143,6 +167,17 @@ void printReport(std::ostream& out, const Results& results) {
     }
   }
   if (!any) out << "  none\n";
+}
+
+}  // namespace
+
+void printReport(std::ostream& out, const Results& results) {
+  const Rows rows = measuredRows(results);
+  printHead(out);
+  printTable(out, results, rows);
+  out << "\n";
+  printLegend(out, results, rows);
+  printMissed(out, results, rows);
 }
 
 }  // namespace kxsim::bench

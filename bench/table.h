@@ -21,6 +21,7 @@ class Results {
   std::optional<double> nanoseconds(const Row& row, Side side, std::size_t n) const;
   /// Nothing for a row that keeps nothing, either.
   std::optional<double> keptBytes(const Row& row, Side side, std::size_t n) const;
+  std::optional<double> peakBytes(const Row& row, Side side, std::size_t n) const;
   std::optional<double> residentBytes(const Row& row, Side side, std::size_t n) const;
   /// Of the time per item, from 10^4 to the largest size.
   std::optional<double> growth(const Row& row, Side side) const;
@@ -46,7 +47,8 @@ std::optional<double> quotient(std::optional<double> a, std::optional<double> b)
 /// One figure against its goal.
 struct Verdict {
   bool met;
-  std::string text;  ///< "88 ns, goal 60 ns"
+  bool beyond;       ///< better than the goal by as much as was hoped for
+  std::string text;  ///< "88 ns, goal 60, beyond 35"
 };
 
 /// The goals of a row that were measured, growth included.

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Installs what a command needs and this machine lacks; does nothing, fast, when nothing is missing.
 #
-#   scripts/setup.sh demo|test|bench|tsan|fuzz|tidy|format
+#   scripts/setup.sh demo|test|build|bench|counts|tsan|fuzz|tidy|format
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-need=${1:?usage: scripts/setup.sh demo|test|bench|tsan|fuzz|tidy|format}
+need=${1:?usage: scripts/setup.sh demo|test|build|bench|counts|tsan|fuzz|tidy|format}
 requirements=scripts/requirements-build.txt
 
 # Debian package, the command it brings.
@@ -28,7 +28,12 @@ case $need in
     headers+=("${examples[@]}" "${tests[@]}" "${benchmarks[@]}")
     requirements=scripts/requirements-test.txt
     ;;
+  build) ;;
   bench) headers+=("${examples[@]}" "${benchmarks[@]}") ;;
+  counts)
+    commands+=("valgrind valgrind")
+    headers+=("${examples[@]}" "${benchmarks[@]}")
+    ;;
   tsan) headers+=("${tests[@]}") ;;
   fuzz) commands+=("clang clang++") ;;
   tidy)
