@@ -47,7 +47,6 @@ TEST(RegistrationRaceTest, ManyFirstUsesRegisterOnce) {
   std::vector<const void*> seen(kThreads);
   std::atomic<int> complete = 0;
   together([&](int k) {
-    mi::attachToHost();
     const Class cls = k % 2 ? Job::metaClass() : Job::Builder().getMetaClass();
     seen[static_cast<std::size_t>(k)] = cls.impl();
     complete += cls->getAllProperties().size() == 4 &&

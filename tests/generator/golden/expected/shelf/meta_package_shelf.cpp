@@ -1,6 +1,7 @@
 // Generated from shelf/shelf_module.toml.
 #include "shelf/meta_package_shelf.h"
 
+#include "framework/mi/host_boundary.h"
 #include "shelf/shelf.h"
 
 namespace shelf {
@@ -28,6 +29,11 @@ constinit const meta::ModuleInfo MetaPackageShelf::kModule = {
 MetaPackageShelf& MetaPackageShelf::getInstance() {
   static MetaPackageShelf instance;
   return instance;
+}
+
+void MetaPackageShelf::ensureRegistered() {
+  mi::attachToHost();
+  getInstance();
 }
 
 MetaPackageShelf::MetaPackageShelf() : AbstractMetaPackage(kModule) { initialize(); }

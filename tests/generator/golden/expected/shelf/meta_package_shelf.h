@@ -12,8 +12,8 @@ class SHELF_API MetaPackageShelf : public mf::zero::meta::AbstractMetaPackage {
   /// Registers the packages when it is first called, and raises what `initialize` raises; a later
   /// call tries again. Lives as long as the process; any thread may call it.
   static MetaPackageShelf& getInstance();
-  /// The same for class tables.
-  static void ensureRegistered() { getInstance(); }
+  /// The same on the first use of a class, with the host's types made known before.
+  static void ensureRegistered();
 
  private:
   using MetaRegistry = mf::zero::meta::MetaRegistry;
