@@ -175,12 +175,19 @@ void ElementImpl::basicDisassociateAll() {
   scope.done();
 }
 
+namespace {
+
+void checkReference(const PropertyInfo& property) {
+  if (property.kind == ValueKind::kElement) return;
+  reportException(mf0::messages::CannotCastIncompatibleTypes(property.type));
+}
+
+}  // namespace
+
 void ElementImpl::inverseAdd(const ModelElement& element, const meta::Property& property) {
   if (flags_ & kAttention) refuseChange();
   const PropertyInfo& info = checkedInfo(property);
-  if (info.kind != ValueKind::kElement) {
-    reportException(mf0::messages::CannotCastIncompatibleTypes(info.type));
-  }
+  checkReference(info);
   if (!info.has(kMany)) return assign(info, Raw::at<ReferenceSlot>(*this, info), element);
   references::insert(*this, info, references::kEnd, element.impl());
 }
@@ -188,6 +195,7 @@ void ElementImpl::inverseAdd(const ModelElement& element, const meta::Property& 
 void ElementImpl::inverseRemove(const ModelElement& element, const meta::Property& property) {
   if (flags_ & kAttention) refuseChange();
   const PropertyInfo& info = checkedInfo(property);
+  checkReference(info);
   const std::optional<std::uint32_t> position = references::find(*this, info, element.impl());
   if (!position) reportException(mf0::messages::NoSuchElement());
   references::removeSlot(*this, info, *position);

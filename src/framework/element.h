@@ -8,6 +8,7 @@
 #pragma once
 
 #include <compare>
+#include <concepts>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -412,8 +413,8 @@ class MF0_API ElementState {
 
 }  // namespace mf::zero
 
-template <>
-struct std::hash<mf::zero::ModelElement> {
+template <std::derived_from<mf::zero::ModelElement> X>
+struct std::hash<X> {
   std::size_t operator()(const mf::zero::ModelElement& element) const noexcept {
     return std::hash<const void*>()(element.impl());
   }
