@@ -66,7 +66,7 @@ class RandomChanges {
   }
 
   void change() {
-    if (model_->size() == 0) return create();
+    if (model_->size() < 15 && choose_(4) == 0) return create();
     switch (choose_(24)) {
       case 0: return begin();
       case 1: return open_.empty() ? begin() : commit();

@@ -10,7 +10,7 @@ class RandomChangesTest : public vexal::testing::HostLeakTest,
                           public ::testing::WithParamInterface<std::uint32_t> {};
 
 TEST_P(RandomChangesTest, KeepEveryPromiseOfTransactionsAndObservers) {
-  constexpr int kSteps = 1500;
+  constexpr int kSteps = 1000;
   std::mt19937 random(GetParam());
   RandomChanges changes([&](std::uint32_t bound) {
     return static_cast<std::uint32_t>((std::uint64_t{random()} * bound) >> 32);
