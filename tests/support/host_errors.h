@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <source_location>
 #include <string>
 #include <string_view>
 
@@ -14,8 +13,8 @@ namespace vexal::testing {
 /// Runs the action, which must fail with a host error of that identifier; returns its text.
 template <class Action>
 std::string expectHostError(std::string_view identifier, Action&& action,
-                            std::source_location at = std::source_location::current()) {
-  const ::testing::ScopedTrace trace(at.file_name(), static_cast<int>(at.line()), "called here");
+                            const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+  const ::testing::ScopedTrace trace(file, line, "called here");
   try {
     action();
   } catch (const HostError& error) {
