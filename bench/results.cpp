@@ -82,22 +82,14 @@ std::optional<double> figureOf(const Results& results, const Row& row, const Goa
   const Row* other = findRow(goal.other);
   const auto others = other ? results.nanoseconds(*other, Side::kOurs, n) : std::nullopt;
   switch (goal.measure) {
-    case Measure::kMilliseconds:
-      return quotient(ours, 1e6);
-    case Measure::kNanoseconds:
-      return ours;
-    case Measure::kTimesFloor:
-      return quotient(ours, results.nanoseconds(row, Side::kFloor, n));
-    case Measure::kTimesRow:
-      return quotient(ours, others);
-    case Measure::kAboveRow:
-      return ours && others ? std::optional(*ours - *others) : std::nullopt;
-    case Measure::kKeptBytes:
-      return results.keptBytes(row, Side::kOurs, n);
-    case Measure::kResidentBytes:
-      return results.residentBytes(row, Side::kOurs, n);
-    case Measure::kAllocations:
-      return results.allocations(row, Side::kOurs, n);
+    case Measure::kMilliseconds: return quotient(ours, 1e6);
+    case Measure::kNanoseconds: return ours;
+    case Measure::kTimesFloor: return quotient(ours, results.nanoseconds(row, Side::kFloor, n));
+    case Measure::kTimesRow: return quotient(ours, others);
+    case Measure::kAboveRow: return ours && others ? std::optional(*ours - *others) : std::nullopt;
+    case Measure::kKeptBytes: return results.keptBytes(row, Side::kOurs, n);
+    case Measure::kResidentBytes: return results.residentBytes(row, Side::kOurs, n);
+    case Measure::kAllocations: return results.allocations(row, Side::kOurs, n);
   }
   return std::nullopt;
 }

@@ -42,15 +42,12 @@ using Grid = std::map<double, std::map<double, Values>>;  ///< z by y, then by x
 
 double reduce(const Values& values, DataProcessingType processing) {
   switch (processing) {
-    case DataProcessingType::Min:
-      return std::ranges::min(values);
-    case DataProcessingType::Max:
-      return std::ranges::max(values);
+    case DataProcessingType::Min: return std::ranges::min(values);
+    case DataProcessingType::Max: return std::ranges::max(values);
     case DataProcessingType::Mean:
       return std::reduce(values.begin(), values.end()) / static_cast<double>(values.size());
     case DataProcessingType::End:
-    case DataProcessingType::Trace:
-      break;
+    case DataProcessingType::Trace: break;
   }
   return values.back();
 }

@@ -94,9 +94,9 @@ std::size_t runOf(double level, const SampleTable& table) {
 }  // namespace
 
 void checkFitsMemory(double runs, std::size_t samplesPerRun) {
-  constexpr double kMostRuns = 4e8;   // of a model's element identifiers
-  constexpr double kRunBytes = 80;    // an iteration and its place in the result
-  constexpr double kSampleBytes = 16; // a reference, both ends
+  constexpr double kMostRuns = 4e8;    // of a model's element identifiers
+  constexpr double kRunBytes = 80;     // an iteration and its place in the result
+  constexpr double kSampleBytes = 16;  // a reference, both ends
   const double bytes = runs * (kRunBytes + kSampleBytes * static_cast<double>(samplesPerRun));
   if (runs > kMostRuns || bytes > physicalMemory()) host::raiseDesignError("TooManyIterations");
 }

@@ -19,8 +19,7 @@ ParameterSample draw(const mf::zero::Model& model, const RandomParameter& parame
   sample->setParameterType(parameter->getParameterType());
   const vxArray* distribution = parameter->getDistribution();
   const host::ArrayPtr nothing = distribution ? nullptr : host::createDoubleMatrix(0, 0);
-  const host::ArrayPtr value =
-      host::call("random", distribution ? distribution : nothing.get());
+  const host::ArrayPtr value = host::call("random", distribution ? distribution : nothing.get());
   sample->setValue(value.get());
   return sample;
 }

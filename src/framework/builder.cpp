@@ -78,9 +78,8 @@ int BuilderValues::doSetOrAdd(const meta::Property& property, std::unique_ptr<Bu
 
 void BuilderValues::set(const PropertyInfo& property, Value value) {
   values::checkSingle(property, value);
-  const auto known = std::find_if(items_.begin(), items_.end(), [&](const Item& item) {
-    return item.property == &property;
-  });
+  const auto known = std::find_if(items_.begin(), items_.end(),
+                                  [&](const Item& item) { return item.property == &property; });
   if (known == items_.end()) {
     items_.push_back({&property, std::move(value), nullptr});
   } else {
@@ -139,7 +138,8 @@ Builder::Builder(const Builder& other)
 Builder::~Builder() = default;
 
 BuilderValues& Builder::values() const {
-  if (!values_) [[unlikely]] reportException(mf0::messages::CannotUseEmptyHandle());
+  if (!values_) [[unlikely]]
+    reportException(mf0::messages::CannotUseEmptyHandle());
   return *values_;
 }
 

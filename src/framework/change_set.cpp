@@ -24,8 +24,7 @@ struct Lifetime {
   bool destroyed = false;
 };
 
-Lifetime lifetimeOf(const UndoLog& log, const ChangeIndex& index,
-                    const ChangeIndex::Entry* entry) {
+Lifetime lifetimeOf(const UndoLog& log, const ChangeIndex& index, const ChangeIndex::Entry* entry) {
   Lifetime lifetime;
   if (!entry) return lifetime;
   for (std::uint32_t step = entry->lastStep; step != ChangeIndex::kNone;
@@ -44,8 +43,7 @@ std::int64_t growthOf(const UndoLog& log, const ChangeIndex& index,
   for (std::uint32_t step = entry.lastStep; step != ChangeIndex::kNone;
        step = index.step(step).previous) {
     const UndoRecord& record = log.records[index.step(step).record];
-    const bool isInsert =
-        record.kind == UndoKind::kInsert || record.kind == UndoKind::kValueInsert;
+    const bool isInsert = record.kind == UndoKind::kInsert || record.kind == UndoKind::kValueInsert;
     growth += isInsert ? std::int64_t{record.count} : -1;
   }
   return growth;

@@ -49,8 +49,7 @@ class MF0_API Change {
 /// property; so is one that was destroyed.
 class MF0_API ChangeSet {
  public:
-  ChangeSet(UndoLog& log, std::optional<Value> result)
-      : log_(log), result_(std::move(result)) {}
+  ChangeSet(UndoLog& log, std::optional<Value> result) : log_(log), result_(std::move(result)) {}
 
   std::size_t size() const { return changes().size(); }
   bool empty() const { return changes().empty(); }

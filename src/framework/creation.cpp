@@ -17,15 +17,11 @@ namespace {
 /// Stores one value of a new or hollow element: nobody can have seen an old one.
 void storeSingle(ElementImpl& element, const PropertyInfo& property, const Value& value) {
   switch (property.kind) {
-    case ValueKind::kBoolean:
-      Raw::at<bool>(element, property) = value.getValue<bool>();
-      break;
+    case ValueKind::kBoolean: Raw::at<bool>(element, property) = value.getValue<bool>(); break;
     case ValueKind::kInteger8:
       Raw::at<std::int8_t>(element, property) = value.getValue<std::int8_t>();
       break;
-    case ValueKind::kReal:
-      Raw::at<double>(element, property) = value.getValue<double>();
-      break;
+    case ValueKind::kReal: Raw::at<double>(element, property) = value.getValue<double>(); break;
     case ValueKind::kInteger:
     case ValueKind::kEnumeration:
       Raw::store(element, property, value.bits(), sizeof(std::int32_t));
@@ -120,8 +116,8 @@ ModelElement Creation::create(const BuilderValues& root, const uuid& identity) {
   std::vector<Task> tasks{{&root, nullptr, nullptr}};
   for (std::size_t i = 0; i < tasks.size(); ++i) {
     const Task task = tasks[i];
-    ElementImpl* element = model->createElement(task.values->classInfo(),
-                                                created ? uuid{} : identity, true);
+    ElementImpl* element =
+        model->createElement(task.values->classInfo(), created ? uuid{} : identity, true);
     if (!created) created = ModelElement(element);
     if (task.owner) {
       task.property->has(kMany)

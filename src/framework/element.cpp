@@ -27,9 +27,7 @@ void ElementImpl::lastRef() noexcept {
   owner.removeRef();
 }
 
-void ElementImpl::addSharedRef() {
-  std::atomic_ref(refs_).fetch_add(1, std::memory_order_relaxed);
-}
+void ElementImpl::addSharedRef() { std::atomic_ref(refs_).fetch_add(1, std::memory_order_relaxed); }
 
 void ElementImpl::removeSharedRef() noexcept {
   // A destroyed one keeps its cell: other threads may be holding on to it.
@@ -122,8 +120,7 @@ void ElementImpl::changeText(const PropertyInfo& property, Text& slot, std::u16s
   owner.publishIfOutermost();
 }
 
-void ElementImpl::changeArray(const PropertyInfo& property, ArraySlot& slot,
-                              const vxArray* value) {
+void ElementImpl::changeArray(const PropertyInfo& property, ArraySlot& slot, const vxArray* value) {
   if (property.check) property.check(*this, value);
   // The check is foreign code: it may have destroyed the element or set the property itself.
   if (flags_ & kAttention) refuseChange();
@@ -142,7 +139,8 @@ void ElementImpl::changeArray(const PropertyInfo& property, ArraySlot& slot,
 
 void ElementImpl::assign(const PropertyInfo& property, ReferenceSlot& slot,
                          const ModelElement& value) {
-  if (flags_ & kAttention) [[unlikely]] refuseChange();
+  if (flags_ & kAttention) [[unlikely]]
+    refuseChange();
   if (target(slot) == value.impl()) return;
   references::set(*this, property, value.impl());
 }
@@ -152,8 +150,7 @@ void ElementImpl::assign(const PropertyInfo& property, ReferenceSlot& slot,
 void ElementImpl::doDestroy(bool withContents, bool evenIfReferenced) {
   if (flags_ & kAttention) refuseChange();
   if (!evenIfReferenced && references::isReferencedFromOutside(*this)) {
-    reportException(
-        mf0::messages::CannotDestroyReferencedElement(classInfo().qualifiedName));
+    reportException(mf0::messages::CannotDestroyReferencedElement(classInfo().qualifiedName));
   }
   const ModelElement keep(this);
   references::destroy(*this, withContents);

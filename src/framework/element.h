@@ -216,7 +216,7 @@ class MF0_API ElementImpl {
   void assign(const PropertyInfo& property, ReferenceSlot& slot, const ModelElement& value);
   /// The same by the place in the storage; for generated setters.
   template <class S, class T, class V>
-  void assign(const PropertyInfo& property, T S::* slot, const V& value) {
+  void assign(const PropertyInfo& property, T S::*slot, const V& value) {
     assign(property, own<S>().*slot, value);
   }
 

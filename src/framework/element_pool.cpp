@@ -40,7 +40,9 @@ std::byte* allocateRegion(std::size_t bytes) {
   return static_cast<std::byte*>(memory);
 }
 
-std::size_t roundUp(std::size_t value, std::size_t unit) { return (value + unit - 1) / unit * unit; }
+std::size_t roundUp(std::size_t value, std::size_t unit) {
+  return (value + unit - 1) / unit * unit;
+}
 
 std::uint32_t numberOf(const ClassInfo& info) {
   if (const std::uint32_t known = info.number.load(std::memory_order_acquire)) return known;
@@ -199,9 +201,8 @@ Chunk* ElementPool::addChunk(const ClassInfo& info, Cells& cells) {
   chunk->info = &info;
   chunk->pool = this;
   chunk->firstId = static_cast<std::uint32_t>((chunks_.size() - 1) * kUnitsPerChunk);
-  chunk->cellUnits =
-      static_cast<std::uint32_t>(roundUp(kStorageOffset + info.native.storageSize, kCellUnit) /
-                                 kCellUnit);
+  chunk->cellUnits = static_cast<std::uint32_t>(
+      roundUp(kStorageOffset + info.native.storageSize, kCellUnit) / kCellUnit);
   chunk->used = static_cast<std::uint32_t>(firstUnit());
   chunks_.back() = reinterpret_cast<std::byte*>(chunk);
   (cells.last ? cells.last->next : cells.first) = chunk;

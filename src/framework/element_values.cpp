@@ -72,8 +72,7 @@ void ElementImpl::set(const PropertyInfo& property, const Value& value) {
     case ValueKind::kBoolean:
       return assign(property, Raw::at<bool>(*this, property), value.getValue<bool>());
     case ValueKind::kInteger8:
-      return assign(property, Raw::at<std::int8_t>(*this, property),
-                    value.getValue<std::int8_t>());
+      return assign(property, Raw::at<std::int8_t>(*this, property), value.getValue<std::int8_t>());
     case ValueKind::kInteger:
     case ValueKind::kEnumeration:
       return assign(property, Raw::at<std::int32_t>(*this, property),
@@ -149,8 +148,7 @@ ElementState::ElementState(const ClassInfo& info) : info_(&info), values_(info.i
 
 const Value& ElementState::value(int index) const {
   if (index < 1 || static_cast<std::size_t>(index) > values_.size()) {
-    reportException(
-        mf0::messages::NoSuchProperty(info_->qualifiedName, std::to_string(index)));
+    reportException(mf0::messages::NoSuchProperty(info_->qualifiedName, std::to_string(index)));
   }
   return values_[static_cast<std::size_t>(index) - 1];
 }
@@ -186,7 +184,7 @@ void ElementImpl::copyStateFromStorage(const ElementState& state) {
     const Value& value = state.value(property.index);
     if (property.kind != ValueKind::kArray) return set(property, value);
     // Once in an element, an array needs no check to come back.
-    PropertyInfo unchecked{property.name, property.type, property.kind, property.flags,
+    PropertyInfo unchecked{property.name,  property.type,   property.kind,     property.flags,
                            property.index, property.offset, property.identity, property.owner};
     const auto* array = value.getValue<const vxArray*>();
     if (values::read(*this, property) != value) {

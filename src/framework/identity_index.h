@@ -33,8 +33,8 @@ class IdentityIndex {
   void rebuild(std::size_t capacity);
   void put(ElementId id, const uuid& identity) noexcept;
   std::size_t home(const uuid& identity) const {
-    return static_cast<std::size_t>(
-               ((identity.high ^ (identity.low << 1)) * 0x9e3779b97f4a7c15U) >> 32) &
+    return static_cast<std::size_t>(((identity.high ^ (identity.low << 1)) * 0x9e3779b97f4a7c15U) >>
+                                    32) &
            (table_.size() - 1);
   }
   std::size_t slotOf(const ElementImpl& element) const;

@@ -74,8 +74,8 @@ void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t 
   ReferenceSlot* block;
   if (list.slots) {
     bytes = std::max(bytes, 2 * (room + 1) * sizeof(ReferenceSlot));
-    block = static_cast<ReferenceSlot*>(arenaOf(owner).reallocate(
-        list.slots - 1, (room + 1) * sizeof(ReferenceSlot), bytes));
+    block = static_cast<ReferenceSlot*>(
+        arenaOf(owner).reallocate(list.slots - 1, (room + 1) * sizeof(ReferenceSlot), bytes));
   } else {
     block = static_cast<ReferenceSlot*>(arenaOf(owner).allocate(bytes));
   }
@@ -170,13 +170,13 @@ void compact(ElementImpl& owner, const PropertyInfo& property) noexcept {
 }
 
 void enter(ElementImpl& element) noexcept {
-  forEachOutgoing(element, [&](const PropertyInfo& property, std::uint32_t position,
-                               ReferenceSlot& slot) {
-    if (slot.target == kNoElement) return;
-    ElementImpl& target = elementAt(element, slot.target);
-    reserveReferrer(target);  // a proxy that was loaded meanwhile may have taken the room
-    slot.back = noteReferrer(target, {element.id(), link(property, position)});
-  });
+  forEachOutgoing(
+      element, [&](const PropertyInfo& property, std::uint32_t position, ReferenceSlot& slot) {
+        if (slot.target == kNoElement) return;
+        ElementImpl& target = elementAt(element, slot.target);
+        reserveReferrer(target);  // a proxy that was loaded meanwhile may have taken the room
+        slot.back = noteReferrer(target, {element.id(), link(property, position)});
+      });
 }
 
 void withdraw(ElementImpl& element) noexcept {

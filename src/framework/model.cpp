@@ -67,7 +67,8 @@ Model Model::create() { return Model(new ModelImpl(false)); }
 Model Model::createShared() { return Model(new ModelImpl(true)); }
 
 ModelImpl* Model::operator->() const {
-  if (!impl_) [[unlikely]] reportException(mf0::messages::CannotUseEmptyHandle());
+  if (!impl_) [[unlikely]]
+    reportException(mf0::messages::CannotUseEmptyHandle());
   return impl_;
 }
 
@@ -132,8 +133,8 @@ void ModelImpl::addRef() noexcept {
 }
 
 void ModelImpl::removeRef() noexcept {
-  const bool last = shared_ ? std::atomic_ref(refs_).fetch_sub(1, std::memory_order_acq_rel) == 1
-                            : --refs_ == 0;
+  const bool last =
+      shared_ ? std::atomic_ref(refs_).fetch_sub(1, std::memory_order_acq_rel) == 1 : --refs_ == 0;
   if (last) delete this;
 }
 

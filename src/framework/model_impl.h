@@ -76,7 +76,8 @@ class MF0_API ModelImpl {
   HoleIndexes& holes() { return holes_; }
   /// Raises CannotModifyFrozenModel or CannotUseClosedModel.
   void checkWritable() const {
-    if (state_ & (kFrozen | kClosed)) [[unlikely]] refuseWrite();
+    if (state_ & (kFrozen | kClosed)) [[unlikely]]
+      refuseWrite();
   }
   /// Whether a change must be recorded: somebody may undo it or wants to hear of it.
   bool isRecording() const { return (state_ & (kRecording | kObserved)) != 0; }

@@ -48,8 +48,7 @@ void insertOne(ElementImpl& owner, const PropertyInfo& property, std::size_t ind
                const Value& value) {
   ModelImpl& model = owner.model();
   Item item(property, value);
-  PrimitiveValues& items =
-      values::reserveItem(property, Raw::at<PrimitiveList>(owner, property));
+  PrimitiveValues& items = values::reserveItem(property, Raw::at<PrimitiveList>(owner, property));
   if (model.isRecording() && !model.log().coversNew(owner.id(), model.mark())) {
     model.log().noteInsert(owner.id(), property.index, static_cast<std::uint32_t>(index),
                            UndoKind::kValueInsert, model.mark());
@@ -113,8 +112,8 @@ void AbstractPrimitiveCollection::addValue(const Value& value) {
   ElementImpl& owner = writable(owner_);
   const Value item = filled(*property_, value);
   const PrimitiveList& list = Raw::at<PrimitiveList>(owner, *property_);
-  const std::size_t place = isOrdered() ? values::countOf(*property_, list)
-                                        : values::lowerBound(*property_, list, item);
+  const std::size_t place =
+      isOrdered() ? values::countOf(*property_, list) : values::lowerBound(*property_, list, item);
   if (!isOrdered() && values::holdsAt(*property_, list, place, item)) return;
   insertOne(owner, *property_, place, item);
   owner.model().publishIfOutermost();

@@ -30,7 +30,8 @@ void ElementImpl::resolve() const {
   if (!isProxy()) return;
   const std::shared_ptr<ElementLoader> loader = model().loader();
   const ModelElement keep(const_cast<ElementImpl*>(this));
-  const std::unique_ptr<BuilderValues> values = classInfo().native.newBuilder(classInfo(), getModel());
+  const std::unique_ptr<BuilderValues> values =
+      classInfo().native.newBuilder(classInfo(), getModel());
   if (!loader || !loader->load(Uuid(), *values)) {
     reportException(mf0::messages::CannotResolveProxy(Uuid().toString()));
   }

@@ -89,7 +89,8 @@ void take(ElementImpl& owner, const PropertyInfo& property, std::uint32_t positi
                       : putSingle(owner, property, nullptr);
 }
 
-/// Both ends. A proxy has none of its own to take; nor does the old one come back when it is loaded.
+/// Both ends. A proxy has none of its own to take; nor does the old one come back when it is
+/// loaded.
 void unlink(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
   ElementImpl& target = targetAt(owner, property, position);
   take(owner, property, position);
@@ -168,10 +169,10 @@ void check(const ElementImpl& owner, const PropertyInfo& property, const Element
     // An element without contents contains nothing but itself.
     return &content == &container || (hasContents(content) && contains(content, container));
   };
-  const bool closesCycle =
-      property.has(kContainment) ? cycle(owner, *target)
-      : property.opposite && property.opposite->has(kContainment) ? cycle(*target, owner)
-                                                                  : false;
+  const bool closesCycle = property.has(kContainment) ? cycle(owner, *target)
+                           : property.opposite && property.opposite->has(kContainment)
+                               ? cycle(*target, owner)
+                               : false;
   if (closesCycle) reportException(mf0::messages::CannotCreateContainmentCycle());
 }
 

@@ -27,14 +27,16 @@ void set(ElementImpl& owner, const PropertyInfo& property, ElementImpl* target);
 void insert(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
             ElementImpl* target);
 /// Puts all of `targets` at the end of a list, or none; one transaction.
-void append(ElementImpl& owner, const PropertyInfo& property, std::span<ElementImpl* const> targets);
+void append(ElementImpl& owner, const PropertyInfo& property,
+            std::span<ElementImpl* const> targets);
 /// Puts what the slot `from` holds before the slot `before`, or at the end. The other ends stay
 /// as they are; one transaction.
 void move(ElementImpl& owner, const PropertyInfo& property, std::uint32_t from,
           std::uint32_t before);
 /// Makes a list hold exactly `targets`, in this order, or changes nothing. The other ends of what
 /// was held before stay as they are; one transaction.
-void assign(ElementImpl& owner, const PropertyInfo& property, std::span<ElementImpl* const> targets);
+void assign(ElementImpl& owner, const PropertyInfo& property,
+            std::span<ElementImpl* const> targets);
 /// Empties a slot, at both ends; one transaction.
 void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position);
 /// Empties a list; one transaction.

@@ -381,9 +381,9 @@ Value scalarBefore(const UndoRecord& record, std::uint32_t sub, const ElementImp
     case UndoKind::kText: return Text::share(record.old);
     case UndoKind::kArray: return Value::ofArray(reinterpret_cast<const vxArray*>(record.old));
     case UndoKind::kReference:
-      return record.old ? Value(ModelElement(
-                              Chunk::find(element, static_cast<ElementId>(record.old))))
-                        : Value();
+      return record.old
+                 ? Value(ModelElement(Chunk::find(element, static_cast<ElementId>(record.old))))
+                 : Value();
     case UndoKind::kDestroy:
       static_cast<void>(sub);
       return ModelElement(Chunk::find(element, record.element));

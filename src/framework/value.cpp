@@ -47,22 +47,14 @@ std::uint64_t bitsOf(Number value) {
 
 std::string nameOf(ValueKind kind) {
   switch (kind) {
-    case ValueKind::kBoolean:
-      return "Boolean";
-    case ValueKind::kInteger8:
-      return "Integer8";
-    case ValueKind::kInteger:
-      return "Integer";
-    case ValueKind::kReal:
-      return "Real";
-    case ValueKind::kString:
-      return "String";
-    case ValueKind::kArray:
-      return "VxArray";
-    case ValueKind::kEnumeration:
-      return "Enumeration";
-    case ValueKind::kElement:
-      return "mf.zero.ModelElement";
+    case ValueKind::kBoolean: return "Boolean";
+    case ValueKind::kInteger8: return "Integer8";
+    case ValueKind::kInteger: return "Integer";
+    case ValueKind::kReal: return "Real";
+    case ValueKind::kString: return "String";
+    case ValueKind::kArray: return "VxArray";
+    case ValueKind::kEnumeration: return "Enumeration";
+    case ValueKind::kElement: return "mf.zero.ModelElement";
   }
   return {};
 }
@@ -194,21 +186,15 @@ std::string Value::describe() const {
   if (isList()) return describeItems(items());
   const auto integer = static_cast<std::int64_t>(bits_);
   switch (meta_.kind) {
-    case ValueKind::kBoolean:
-      return integer != 0 ? "true" : "false";
+    case ValueKind::kBoolean: return integer != 0 ? "true" : "false";
     case ValueKind::kInteger8:
-    case ValueKind::kInteger:
-      return std::to_string(integer);
-    case ValueKind::kReal:
-      return describeReal(std::bit_cast<double>(bits_));
-    case ValueKind::kString:
-      return describeText(text());
-    case ValueKind::kArray:
-      return bits_ ? "an array" : "no array";
+    case ValueKind::kInteger: return std::to_string(integer);
+    case ValueKind::kReal: return describeReal(std::bit_cast<double>(bits_));
+    case ValueKind::kString: return describeText(text());
+    case ValueKind::kArray: return bits_ ? "an array" : "no array";
     case ValueKind::kEnumeration:
       return describeLiteral(*meta_.enumeration, static_cast<std::int32_t>(integer));
-    case ValueKind::kElement:
-      return describeElement(elementAt(bits_));
+    case ValueKind::kElement: return describeElement(elementAt(bits_));
   }
   return {};
 }

@@ -71,8 +71,7 @@ bool isPresent(const ElementImpl& element, const PropertyInfo& property) {
     case ValueKind::kArray: return Raw::at<ArraySlot>(element, property).array != nullptr;
     case ValueKind::kEnumeration:
       return property.enumeration->find(Raw::at<std::int32_t>(element, property)) != nullptr;
-    case ValueKind::kElement:
-      return Raw::at<ReferenceSlot>(element, property).target != kNoElement;
+    case ValueKind::kElement: return Raw::at<ReferenceSlot>(element, property).target != kNoElement;
   }
   return false;
 }
@@ -157,8 +156,7 @@ Value itemAt(const PropertyInfo& property, const PrimitiveList& list, std::size_
   switch (property.kind) {
     case ValueKind::kReal: return list.values->reals[index];
     case ValueKind::kString: return list.values->texts[index];
-    default:
-      return fromBits(property, static_cast<std::uint64_t>(list.values->integers[index]));
+    default: return fromBits(property, static_cast<std::uint64_t>(list.values->integers[index]));
   }
 }
 
@@ -226,9 +224,7 @@ void insertRaw(const PropertyInfo& property, PrimitiveValues& items, std::size_t
     case ValueKind::kReal:
       items.reals.insert(items.reals.begin() + at, std::bit_cast<double>(raw));
       break;
-    case ValueKind::kString:
-      items.texts.insert(items.texts.begin() + at, Text::adopt(raw));
-      break;
+    case ValueKind::kString: items.texts.insert(items.texts.begin() + at, Text::adopt(raw)); break;
     default:
       items.integers.insert(items.integers.begin() + at, static_cast<std::int64_t>(raw));
       break;

@@ -73,18 +73,12 @@ bool sameButForChildren(const Content& a, const Content& b) noexcept {
     return false;
   }
   switch (a.classId) {
-    case ClassId::Double:
-      return sameNumbers(a, b);
-    case ClassId::Logical:
-      return sameBytes<bool>(a, b);
-    case ClassId::Char:
-      return sameBytes<char16_t>(a, b);
-    case ClassId::Int32:
-      return sameBytes<std::int32_t>(a, b);
-    case ClassId::Cell:
-      return true;
-    default:
-      return sameRecords(detail::recordOf(a), detail::recordOf(b));
+    case ClassId::Double: return sameNumbers(a, b);
+    case ClassId::Logical: return sameBytes<bool>(a, b);
+    case ClassId::Char: return sameBytes<char16_t>(a, b);
+    case ClassId::Int32: return sameBytes<std::int32_t>(a, b);
+    case ClassId::Cell: return true;
+    default: return sameRecords(detail::recordOf(a), detail::recordOf(b));
   }
 }
 
@@ -94,14 +88,12 @@ ArrayPtr createArray(ClassId classId, Dims dims) {
   switch (classId) {
     case ClassId::Object:
       detail::fail("WrongClass", {"built-in", "objects, which createObject makes"});
-    case ClassId::Cell:
-      return detail::newArray(detail::newCellContent(dims));
+    case ClassId::Cell: return detail::newArray(detail::newCellContent(dims));
     case ClassId::Struct: {
       detail::Record record{nullptr, std::make_shared<detail::FieldNames>(), nullptr};
       return detail::newArray(detail::newRecordContent(classId, dims, std::move(record)));
     }
-    default:
-      return detail::newArray(detail::newPlainContent(classId, dims, detail::Fill::Zero));
+    default: return detail::newArray(detail::newPlainContent(classId, dims, detail::Fill::Zero));
   }
 }
 

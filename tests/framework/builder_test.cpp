@@ -110,8 +110,7 @@ TEST_F(BuilderTest, WithoutAnOpenModelNothingIsCreated) {
   closed->close();
   expectRaises<messages::CannotCreateWithoutModel>([&] { builder.create(); });
   expectRaises<messages::CannotCreateWithoutModel>([&] { Bed::create(closed); });
-  expectRaises<messages::CannotCreateAbstractClass>(
-      [&] { Builder(Spot::classInfo(), model); });
+  expectRaises<messages::CannotCreateAbstractClass>([&] { Builder(Spot::classInfo(), model); });
   expectRaises<messages::CannotCreateAbstractClass>(
       [&] { createElement(Spot::classInfo(), model, {}); });
 }
@@ -144,8 +143,7 @@ TEST_F(BuilderTest, BuildersOfAnotherClassAndNoneAtAllAreRefused) {
   const auto ofPlant = [&] { return std::make_unique<Plant::Builder>(); };
   expectRaises<messages::CannotAddIncompatibleTypes>(
       [&] { builder.values().addChild(beds, ofPlant()); });
-  expectRaises<messages::CannotAddNonExistentObject>(
-      [&] { builder.values().doAddBeds(nullptr); });
+  expectRaises<messages::CannotAddNonExistentObject>([&] { builder.values().doAddBeds(nullptr); });
   expectRaises<messages::CannotAddNonExistentObject>(
       [&] { bed()->createIntoBeds(std::unique_ptr<Builder>()); });
   expectRaises<messages::CannotCastIncompatibleTypes>(

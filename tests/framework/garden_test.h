@@ -7,12 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fixture/bed.h"
-#include "fixture/gardener.h"
-#include "fixture/plant.h"
-#include "fixture/raised_bed.h"
-#include "fixture/record.h"
-#include "fixture/tools/tool.h"
+#include "framework/garden.h"
 #include "framework/meta/meta.h"
 #include "framework/mi/host_boundary.h"
 #include "framework/model_impl.h"
@@ -21,15 +16,6 @@
 #include "support/host_leak_test.h"
 
 namespace mf::zero::testing {
-
-using garden::Bed;
-using garden::Gardener;
-using garden::Kind;
-using garden::Plant;
-using garden::RaisedBed;
-using garden::Record;
-using garden::Spot;
-using garden::tools::Tool;
 
 namespace messages = mf0::messages;
 

@@ -27,8 +27,7 @@ TEST_F(ElementIdentityTest, ElementsAreFoundByTheirIdentityHoweverLateSomebodyAs
 
 TEST_F(ElementIdentityTest, AnIdentityIsTakenWhileItsElementLives) {
   const Bed first = Bed::create(model, numbered(1));
-  expectRaises<messages::CannotCreateDuplicateIdentity>(
-      [&] { Plant::create(model, numbered(1)); });
+  expectRaises<messages::CannotCreateDuplicateIdentity>([&] { Plant::create(model, numbered(1)); });
   EXPECT_EQ(model->size(), 1U);
   {
     Transaction transaction = model->beginTransaction();

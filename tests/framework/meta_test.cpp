@@ -24,7 +24,7 @@ class MetaTest : public ::testing::Test {
   Model model_ = Model::create();
 };
 
-TEST(IdentityTest, NamesGiveTheVersion3IdentitiesThatOtherToolsGive) {
+TEST(NameUuidTest, NamesGiveTheVersion3IdentitiesThatOtherToolsGive) {
   EXPECT_EQ(identityOf("kxsim.design.Figure").toString(), "8110d9ab-9367-3229-b117-750403f61986");
   EXPECT_EQ(identityOf("").toString(), "81edc54c-daa0-35a3-b25d-ea5a988ba1d6");
   // One and two blocks of the digest, and lengths at their border.

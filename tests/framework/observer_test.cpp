@@ -213,8 +213,8 @@ TEST_F(ObserverTest, WhatTheyThrowReachesTheCallerAfterTheOthersWereTold) {
 
 TEST_F(ObserverTest, ThatNeverSettleAreStopped) {
   const Record values = record();
-  const auto restless = model->observe(
-      [&](const ChangeSet&) { values->setNumber(values.number() + 1); });
+  const auto restless =
+      model->observe([&](const ChangeSet&) { values->setNumber(values.number() + 1); });
   expectRaises<messages::ObserversDoNotSettle>([&] { values->setNumber(1); });
   EXPECT_GT(values.number(), 1);
 }

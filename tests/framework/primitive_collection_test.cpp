@@ -103,7 +103,8 @@ TEST_F(PrimitiveCollectionTest, WrongKindsAndPlacesPastTheEndAreRefused) {
   auto numbers = r->getNumbersMutable();
   const std::vector<Value> mixed{Value(2.0), Value(u"two")};
   expectRefused<messages::CannotCastIncompatibleTypes>([&] { numbers.addValue(Value(1)); });
-  expectRefused<messages::CannotCastIncompatibleTypes>([&] { numbers.insertValue(0, Value(true)); });
+  expectRefused<messages::CannotCastIncompatibleTypes>(
+      [&] { numbers.insertValue(0, Value(true)); });
   expectRefused<messages::CannotCastIncompatibleTypes>([&] { numbers.setValueAt(0, Value(u"")); });
   expectRefused<messages::CannotCastIncompatibleTypes>([&] { numbers.assignValues(mixed); });
   expectRefused<messages::CannotCastIncompatibleTypes>([&] { numbers.containsValue(Value(u"")); });

@@ -65,7 +65,9 @@ TEST_F(ProxyTest, ValuesComeWhenSomebodyLooksByWhateverWay) {
       [](const Bed& b) { return !b.gardener(); },
       [](const Bed& b) { return b->area() == 49; },
       [](const Bed& b) { return b->createChanges().value(2) == Value(7.0); },
-      [](const Bed& b) { return b->getModel()->findElement(b.Uuid(), FindElementBehavior::kLoaded) == b; },
+      [](const Bed& b) {
+        return b->getModel()->findElement(b.Uuid(), FindElementBehavior::kLoaded) == b;
+      },
       [](const Bed& b) {
         Transaction transaction = b->getModel()->beginTransaction();
         return b->getOldValue(propertyOf(b, u"Width")) == Value(7.0);
@@ -190,8 +192,8 @@ TEST_F(ProxyTest, WhatHappenedToTheOtherEndMeanwhileIsKept) {
   const Bed shady = bed();
   sunny->setGardener(first);
   shady->setGardener(first);
-  shelf->fills[sunny.Uuid()] = shelf->fills[shady.Uuid()] =
-      [&](BuilderValues& values) { set(values, u"Gardener", first); };
+  shelf->fills[sunny.Uuid()] =
+      shelf->fills[shady.Uuid()] = [&](BuilderValues& values) { set(values, u"Gardener", first); };
   first->getBedsMutable().remove(shady);
   sunny->convertToProxy();
   shady->convertToProxy();
@@ -230,8 +232,9 @@ TEST_F(ProxyTest, AFailingLoaderLeavesAProxy) {
     add(values, u"Shadows", plant());
     add(values, u"Shadows", foreign);
   });
-  const Bed nested =
-      proxy<Bed>([](BuilderValues& values) { values.addChild(info(values, u"Beds"), std::make_unique<Bed::Builder>()); });
+  const Bed nested = proxy<Bed>([](BuilderValues& values) {
+    values.addChild(info(values, u"Beds"), std::make_unique<Bed::Builder>());
+  });
   const Bed unknown = model->createProxy(Bed::classInfo(), generateNewUuid()).as<Bed>();
   EXPECT_THROW(throwing.width(), std::runtime_error);
   expectRaises<messages::CannotCreateCrossModelAssociation>([&] { wrong.width(); });

@@ -9,20 +9,13 @@ namespace {
 
 class ReflectionTest : public GardenTest {
  protected:
-  static Value array(double number) {
-    return Value::ofArray(vexal::createDouble(number).get());
-  }
+  static Value array(double number) { return Value::ofArray(vexal::createDouble(number).get()); }
 
   /// A value for every single property of a record, and the property's name.
   static std::vector<std::pair<std::u16string_view, Value>> singles() {
-    return {{u"Flag", true},
-            {u"Small", std::int8_t{-7}},
-            {u"Whole", std::int32_t{70000}},
-            {u"Number", 0.5},
-            {u"Text", u"text"},
-            {u"Plain", u"plain"},
-            {u"Choice", Kind::Flower},
-            {u"Data", array(3)}};
+    return {{u"Flag", true},           {u"Small", std::int8_t{-7}}, {u"Whole", std::int32_t{70000}},
+            {u"Number", 0.5},          {u"Text", u"text"},          {u"Plain", u"plain"},
+            {u"Choice", Kind::Flower}, {u"Data", array(3)}};
   }
   static std::vector<std::pair<std::u16string_view, Value>> lists() {
     return {{u"Flags", Value::ofList({true, false})},
@@ -75,9 +68,9 @@ TEST_F(ReflectionTest, ValuesOfAnotherTypeAreRefusedAndNothingChanges) {
   const Bed sunny = bed();
   for (const auto& [name, value] : singles()) r->setPropertyValue(propertyOf(r, name), value);
   const Picture before = pictureOf(model);
-  const Value wrong[] = {Value(true), Value(std::int8_t{1}), Value(std::int32_t{1}), Value(1.0),
-                         Value(u"1"), Value(meta::ValueFlags::kMany), array(1), Value(sunny),
-                         Value::ofList({})};
+  const Value wrong[] = {Value(true), Value(std::int8_t{1}), Value(std::int32_t{1}),
+                         Value(1.0),  Value(u"1"),           Value(meta::ValueFlags::kMany),
+                         array(1),    Value(sunny),          Value::ofList({})};
   for (const auto& [name, own] : singles()) {
     for (const Value& value : wrong) {
       if (value.meta() == own.meta()) continue;

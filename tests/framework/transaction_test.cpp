@@ -241,7 +241,8 @@ TEST_F(TransactionTest, OldValuesAreThoseBeforeTheOutermostTransaction) {
   EXPECT_EQ(sunny->getOldValue(width), Value(1.5));
   EXPECT_EQ(sunny->getOldValue(propertyOf(sunny, u"Label")), Value(u"sunny"));
   EXPECT_EQ(sunny->getOldValue(propertyOf(sunny, u"Plants")), Value::ofList({Value(lily)}));
-  EXPECT_EQ(sunny->getOldValue(propertyOf(sunny, u"Area")), Value(9.0));  // derived: the present one
+  EXPECT_EQ(sunny->getOldValue(propertyOf(sunny, u"Area")),
+            Value(9.0));  // derived: the present one
   inner.rollback();
   sunny->createIntoPlants(Plant::Builder());
   EXPECT_EQ(sunny->getOldValue(width), Value(1.5));

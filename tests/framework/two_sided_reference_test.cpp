@@ -74,8 +74,7 @@ TEST_F(TwoSidedReferenceTest, MovingAndReorderingOneEndLeavesTheOtherAsItIs) {
   second->getToolsMutable().append(Elements{spade, rake});
   const std::vector<Gardener> users{first, second};
   std::size_t changes = 0;
-  const auto subscription =
-      model->observe([&](const ChangeSet& set) { changes = set.size(); });
+  const auto subscription = model->observe([&](const ChangeSet& set) { changes = set.size(); });
   first->getToolsMutable().move(0, 1);
   EXPECT_EQ(changes, 1U);
   EXPECT_EQ(held(first.tools()), (std::vector<Tool>{rake, spade}));

@@ -130,18 +130,12 @@ class EveryClassTest : public PackageTest {
   }
   Value anotherItem(const Subject& subject) {
     switch (subject.kind()) {
-      case Kind::Real:
-        return 0.5;
-      case Kind::Text:
-        return u"\u00E4nders \U0001F680";
-      case Kind::Flag:
-        return subject.row.defaultValue != "true";
-      case Kind::Array:
-        return Value::ofArray(arrayFor(subject).get());
-      case Kind::Literal:
-        return Value(subject.property.type().as<Enum>()->info(), 3);
-      case Kind::Element:
-        return elementFor(subject);
+      case Kind::Real: return 0.5;
+      case Kind::Text: return u"\u00E4nders \U0001F680";
+      case Kind::Flag: return subject.row.defaultValue != "true";
+      case Kind::Array: return Value::ofArray(arrayFor(subject).get());
+      case Kind::Literal: return Value(subject.property.type().as<Enum>()->info(), 3);
+      case Kind::Element: return elementFor(subject);
     }
     return {};
   }

@@ -35,12 +35,9 @@ class ChangeLog {
   static std::string line(const mf::zero::Change& change) {
     const std::string name = mf::zero::toUtf8(change.element()->classInfo().name);
     switch (change.kind()) {
-      case mf::zero::ChangeKind::kCreated:
-        return "+ " + name;
-      case mf::zero::ChangeKind::kDestroyed:
-        return "- " + name;
-      case mf::zero::ChangeKind::kModified:
-        break;
+      case mf::zero::ChangeKind::kCreated: return "+ " + name;
+      case mf::zero::ChangeKind::kDestroyed: return "- " + name;
+      case mf::zero::ChangeKind::kModified: break;
     }
     return name + '.' + mf::zero::toUtf8(change.property()->name) + ": " +
            change.oldValue().describe() + " -> " + change.newValue().describe();

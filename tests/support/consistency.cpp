@@ -74,8 +74,7 @@ class Checker {
       const ElementImpl& owner = *model_.pool().at(entry.owner);
       expect(!owner.isDestroyed(), element, nullptr, "a destroyed element refers to it");
       const PropertyInfo& property = links::propertyOf(owner, entry.link);
-      const ReferenceSlot& slot =
-          links::slotAt(owner, property, links::positionOf(entry.link));
+      const ReferenceSlot& slot = links::slotAt(owner, property, links::positionOf(entry.link));
       expect(slot.target == element.id() && slot.back == i, owner, &property,
              "a referrer that does not refer back");
     }

@@ -99,20 +99,14 @@ class EnumSerializer final : public PropertySerializer {
 
 const PropertySerializer* primitiveSerializer(ValueKind kind) {
   switch (kind) {
-    case ValueKind::kBoolean:
-      return primitive<bool>();
-    case ValueKind::kInteger8:
-      return primitive<std::int8_t>();
-    case ValueKind::kInteger:
-      return primitive<std::int32_t>();
-    case ValueKind::kReal:
-      return primitive<double>();
-    case ValueKind::kString:
-      return primitive<std::u16string>();
+    case ValueKind::kBoolean: return primitive<bool>();
+    case ValueKind::kInteger8: return primitive<std::int8_t>();
+    case ValueKind::kInteger: return primitive<std::int32_t>();
+    case ValueKind::kReal: return primitive<double>();
+    case ValueKind::kString: return primitive<std::u16string>();
     case ValueKind::kArray:
     case ValueKind::kEnumeration:
-    case ValueKind::kElement:
-      break;
+    case ValueKind::kElement: break;
   }
   return nullptr;
 }

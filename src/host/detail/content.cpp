@@ -28,16 +28,11 @@ constinit EmptyDouble emptyDouble;
 
 constexpr std::size_t elementSize(ClassId classId) noexcept {
   switch (classId) {
-    case ClassId::Double:
-      return sizeof(double);
-    case ClassId::Logical:
-      return sizeof(bool);
-    case ClassId::Char:
-      return sizeof(char16_t);
-    case ClassId::Int32:
-      return sizeof(std::int32_t);
-    default:
-      return sizeof(vxArray);
+    case ClassId::Double: return sizeof(double);
+    case ClassId::Logical: return sizeof(bool);
+    case ClassId::Char: return sizeof(char16_t);
+    case ClassId::Int32: return sizeof(std::int32_t);
+    default: return sizeof(vxArray);
   }
 }
 

@@ -85,55 +85,39 @@ bool holdsText(const std::byte* value, const Operand& operand) {
 template <class T>
 Test numberTest(Comparison comparison) {
   switch (comparison) {
-    case Comparison::kEqual:
-      return compares<T, std::equal_to<>>;
-    case Comparison::kLess:
-      return compares<T, std::less<>>;
-    case Comparison::kAtMost:
-      return compares<T, std::less_equal<>>;
-    case Comparison::kGreater:
-      return compares<T, std::greater<>>;
-    case Comparison::kAtLeast:
-      return compares<T, std::greater_equal<>>;
-    default:
-      return nullptr;
+    case Comparison::kEqual: return compares<T, std::equal_to<>>;
+    case Comparison::kLess: return compares<T, std::less<>>;
+    case Comparison::kAtMost: return compares<T, std::less_equal<>>;
+    case Comparison::kGreater: return compares<T, std::greater<>>;
+    case Comparison::kAtLeast: return compares<T, std::greater_equal<>>;
+    default: return nullptr;
   }
 }
 
 Test singleTest(ValueKind kind, Comparison comparison) {
   const bool isEqual = comparison == Comparison::kEqual;
   switch (kind) {
-    case ValueKind::kBoolean:
-      return isEqual ? compares<bool, std::equal_to<>> : nullptr;
-    case ValueKind::kInteger8:
-      return numberTest<std::int8_t>(comparison);
-    case ValueKind::kInteger:
-      return numberTest<std::int32_t>(comparison);
-    case ValueKind::kReal:
-      return numberTest<double>(comparison);
+    case ValueKind::kBoolean: return isEqual ? compares<bool, std::equal_to<>> : nullptr;
+    case ValueKind::kInteger8: return numberTest<std::int8_t>(comparison);
+    case ValueKind::kInteger: return numberTest<std::int32_t>(comparison);
+    case ValueKind::kReal: return numberTest<double>(comparison);
     case ValueKind::kString:
       if (comparison == Comparison::kStartsWith) return startsWith;
       return isEqual ? equalsText : nullptr;
     case ValueKind::kEnumeration:
       return isEqual ? compares<std::int32_t, std::equal_to<>> : nullptr;
-    case ValueKind::kElement:
-      return isEqual ? refersTo : nullptr;
-    case ValueKind::kArray:
-      return nullptr;
+    case ValueKind::kElement: return isEqual ? refersTo : nullptr;
+    case ValueKind::kArray: return nullptr;
   }
   return nullptr;
 }
 
 Test membershipTest(ValueKind kind) {
   switch (kind) {
-    case ValueKind::kElement:
-      return holdsElement;
-    case ValueKind::kReal:
-      return holdsReal;
-    case ValueKind::kString:
-      return holdsText;
-    default:
-      return holdsInteger;
+    case ValueKind::kElement: return holdsElement;
+    case ValueKind::kReal: return holdsReal;
+    case ValueKind::kString: return holdsText;
+    default: return holdsInteger;
   }
 }
 
@@ -213,24 +197,17 @@ Condition::Condition(const ModelImpl& model, const PropertyInfo& property, Compa
 bool Condition::holdsDerived(const ElementImpl& element) const {
   const Value value = property_->derive(element);
   switch (property_->kind) {
-    case ValueKind::kBoolean:
-      return holdsFor(value.getValue<bool>());
-    case ValueKind::kInteger8:
-      return holdsFor(value.getValue<std::int8_t>());
-    case ValueKind::kInteger:
-      return holdsFor(value.getValue<std::int32_t>());
-    case ValueKind::kReal:
-      return holdsFor(value.getValue<double>());
-    case ValueKind::kString:
-      return holdsFor(Text(value.getValue<std::u16string>()));
-    case ValueKind::kEnumeration:
-      return holdsFor(static_cast<std::int32_t>(value.bits()));
+    case ValueKind::kBoolean: return holdsFor(value.getValue<bool>());
+    case ValueKind::kInteger8: return holdsFor(value.getValue<std::int8_t>());
+    case ValueKind::kInteger: return holdsFor(value.getValue<std::int32_t>());
+    case ValueKind::kReal: return holdsFor(value.getValue<double>());
+    case ValueKind::kString: return holdsFor(Text(value.getValue<std::u16string>()));
+    case ValueKind::kEnumeration: return holdsFor(static_cast<std::int32_t>(value.bits()));
     case ValueKind::kElement: {
       const auto target = value.getValue<ModelElement>();
       return holdsFor(ReferenceSlot{target ? target->id() : kNoElement});
     }
-    case ValueKind::kArray:
-      return holdsFor(value.getValue<const vxArray*>());
+    case ValueKind::kArray: return holdsFor(value.getValue<const vxArray*>());
   }
   return false;
 }
