@@ -11,7 +11,7 @@ demo: ## Build what it needs and run the motor study (ARGS="--help" for its opti
 	@scripts/setup.sh demo
 	@scripts/quietly.sh cmake --preset release
 	@cmake --build --preset release --target motor_study
-	@build/release/examples/motor_study $(ARGS)
+	@build/release/examples/motor_study --output build/motor_study.csv $(ARGS)
 
 test: ## Run every test and check, as continuous integration does
 	@scripts/test.sh
