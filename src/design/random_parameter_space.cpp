@@ -17,9 +17,11 @@ namespace {
 ParameterSample draw(const mf::zero::Model& model, const RandomParameter& parameter) {
   const ParameterSample sample = ParameterSample::create(model);
   sample->setParameterType(parameter->getParameterType());
-  const vxArray* distribution = parameter->getDistribution();
+  // Held for the length of the call: what draws may set the parameter's distribution anew.
+  const auto distribution = vexal::copyForProperty(parameter->getDistribution());
   const host::ArrayPtr nothing = distribution ? nullptr : host::createDoubleMatrix(0, 0);
-  const host::ArrayPtr value = host::call("random", distribution ? distribution : nothing.get());
+  const host::ArrayPtr value =
+      host::call("random", distribution ? distribution.get() : nothing.get());
   sample->setValue(value.get());
   return sample;
 }
@@ -34,7 +36,7 @@ std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
   for (std::uint64_t i = 0; runs > static_cast<double>(i); ++i) {
     const Iteration iteration = Iteration::create(model);
     auto samples = iteration->getParameterSamplesMutable();
-    for (const RandomParameter& parameter : getParameters()) {
+    for (const RandomParameter& parameter : getParameters().toContainer()) {
       samples.add(draw(model, parameter));
     }
     iterations.push_back(iteration);

@@ -33,8 +33,7 @@ void storeSingle(ElementImpl& element, const PropertyInfo& property, const Value
     case ValueKind::kArray: {
       const vxArray*& slot = Raw::at<ArraySlot>(element, property).array;
       vexal::PropertyArrayPtr copy = vexal::copyForProperty(value.getValue<const vxArray*>());
-      vexal::deletePropertyArray(const_cast<vxArray*>(slot));
-      slot = copy.release();
+      const vexal::PropertyArrayPtr old(const_cast<vxArray*>(std::exchange(slot, copy.release())));
       break;
     }
     case ValueKind::kElement: break;

@@ -127,13 +127,14 @@ void ElementImpl::changeArray(const PropertyInfo& property, ArraySlot& slot, con
   ModelImpl& owner = model();
   owner.checkWritable();
   vexal::PropertyArrayPtr copy = vexal::copyForProperty(value);
-  if (mustKeep(owner, *this, UndoKind::kArray, property)) {
+  const bool keep = mustKeep(owner, *this, UndoKind::kArray, property);
+  if (keep) {
     owner.log().add({.kind = UndoKind::kArray, .property = property.index, .element = id()});
     owner.log().records.back().old = reinterpret_cast<std::uintptr_t>(slot.array);
-  } else {
-    vexal::deletePropertyArray(const_cast<vxArray*>(slot.array));
   }
-  slot.array = copy.release();
+  // Released at the very end: the payload of a host object is foreign code.
+  const auto old = const_cast<vxArray*>(std::exchange(slot.array, copy.release()));
+  const vexal::PropertyArrayPtr replaced(keep ? nullptr : old);
   owner.publishIfOutermost();
 }
 

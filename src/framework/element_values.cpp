@@ -57,7 +57,7 @@ Value ElementImpl::get(const PropertyInfo& property) const {
 
 bool ElementImpl::has(const PropertyInfo& property) const {
   if (flags_ & kAttention) prepareRead();
-  if (property.derive) return property.derive(*this).getValue<double>() != 0;
+  if (property.derive) return values::isPresent(property.derive(*this));
   return values::isPresent(*this, property);
 }
 

@@ -7,6 +7,7 @@
 #include "framework/links.h"
 #include "framework/model_impl.h"
 #include "framework/raw.h"
+#include "framework/references.h"
 #include "framework/undo.h"
 #include "framework/values.h"
 
@@ -15,7 +16,10 @@ namespace mf::zero {
 namespace {
 
 /// Observers that keep answering each other's changes would never end.
-constexpr int kMostRounds = 100'000;
+constexpr int kMostRounds = 10'000;
+
+/// Logs kept for the next commits, so that a commit need not allocate.
+constexpr std::size_t kSpareLogs = 2;
 
 /// An observer that is a function.
 class FunctionObserver final : public Observer {
@@ -41,7 +45,10 @@ struct Subscription::Entry {
 Subscription::Subscription(Subscription&& other) noexcept = default;
 
 Subscription& Subscription::operator=(Subscription&& other) noexcept {
-  std::swap(entry_, other.entry_);
+  if (this != &other) {
+    end();
+    entry_ = std::move(other.entry_);
+  }
   return *this;
 }
 
@@ -118,7 +125,10 @@ void Transaction::rollback() { end(false, std::nullopt); }
 // ModelImpl: life
 
 ModelImpl::ModelImpl(bool shared)
-    : log_(std::make_unique<UndoLog>(*this)), pool_(*this), identities_(pool_), shared_(shared) {}
+    : log_(std::make_unique<UndoLog>(*this)), pool_(*this), identities_(pool_), shared_(shared) {
+  spare_.reserve(kSpareLogs);
+  spare_.push_back(std::make_unique<UndoLog>(*this));
+}
 
 ModelImpl::~ModelImpl() {
   for (const auto& entry : observers_) entry->model = nullptr;
@@ -288,8 +298,9 @@ void ModelImpl::leave(std::uint32_t depth, bool keep, std::optional<Value> resul
 void ModelImpl::rollbackTo(std::size_t mark) noexcept {
   std::vector<UndoRecord>& records = log_->records;
   while (records.size() > mark) {
-    undo::revert(*this, records.back());
+    const UndoRecord record = records.back();
     records.pop_back();
+    undo::revert(*this, record);
   }
   log_->shrunk();
   holes_.clear();
@@ -324,7 +335,12 @@ Subscription ModelImpl::observe(std::function<void(const ChangeSet&)> observer) 
 
 void ModelImpl::dropEndedObservers() {
   if (!pending_.empty()) return;  // somebody is being told; done afterwards
-  std::erase_if(observers_, [](const auto& entry) { return entry->observer == nullptr; });
+  const auto ended = std::stable_partition(observers_.begin(), observers_.end(),
+                                           [](const auto& entry) { return entry->observer; });
+  // They go last: one may hold a subscription of its own.
+  const std::vector<std::shared_ptr<Subscription::Entry>> gone(
+      std::make_move_iterator(ended), std::make_move_iterator(observers_.end()));
+  observers_.erase(ended, observers_.end());
   setState(kObserved, !observers_.empty());
 }
 
@@ -336,13 +352,16 @@ UndoLog* ModelImpl::logAfter(const UndoLog& log) {
   return next == pending_.end() ? log_.get() : next->log.get();
 }
 
-void ModelImpl::settle(UndoLog& log) noexcept {
-  for (const UndoRecord& record : log.records) undo::settle(*this, record);
-  log.clear();
+// Ending what a log kept alive may run foreign code, that of a host object's payload: the log is
+// out of the model by then, and nothing of the model is half done.
+void ModelImpl::finish(std::unique_ptr<UndoLog> log) noexcept {
+  if (isIdle()) references::tidyAfter(*this, log->records);
+  for (const UndoRecord& record : log->records) undo::settle(*this, record);
+  log->clear();
+  if (spare_.size() < spare_.capacity()) spare_.push_back(std::move(log));
 }
 
-void ModelImpl::publish(std::optional<Value> result) {
-  if (observers_.empty() && pending_.empty()) return settle(*log_);
+std::unique_ptr<UndoLog> ModelImpl::takeLog() {
   std::unique_ptr<UndoLog> fresh;
   if (spare_.empty()) {
     fresh = std::make_unique<UndoLog>(*this);
@@ -350,8 +369,13 @@ void ModelImpl::publish(std::optional<Value> result) {
     fresh = std::move(spare_.back());
     spare_.pop_back();
   }
+  return std::exchange(log_, std::move(fresh));
+}
+
+void ModelImpl::publish(std::optional<Value> result) {
+  if (observers_.empty() && pending_.empty()) return finish(takeLog());
   const bool beingTold = !pending_.empty();
-  pending_.push_back({std::exchange(log_, std::move(fresh)), std::move(result)});
+  pending_.push_back({takeLog(), std::move(result)});
   if (!beingTold) drain();
 }
 
@@ -359,16 +383,16 @@ void ModelImpl::drain() {
   const Model keep(this);
   std::exception_ptr first;
   for (int round = 0; !pending_.empty(); ++round) {
-    UndoLog& log = *pending_.front().log;
-    if (round < kMostRounds) {
-      tell(ChangeSet(log, std::move(pending_.front().result)), first);
-    } else if (!first) {
-      using Unsettled = foundation::core::except::Exception<mf0::messages::ObserversDoNotSettle>;
-      first = std::make_exception_ptr(Unsettled(mf0::messages::ObserversDoNotSettle()));
+    try {
+      if (round == kMostRounds) reportException(mf0::messages::ObserversDoNotSettle());
+      Pending& oldest = pending_.front();
+      if (round < kMostRounds) tell(ChangeSet(*oldest.log, std::move(oldest.result)), first);
+    } catch (...) {
+      if (!first) first = std::current_exception();
     }
-    settle(log);
-    spare_.push_back(std::move(pending_.front().log));
+    std::unique_ptr<UndoLog> told = std::move(pending_.front().log);
     pending_.erase(pending_.begin());
+    finish(std::move(told));
   }
   dropEndedObservers();
   if (first) std::rethrow_exception(first);

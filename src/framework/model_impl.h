@@ -148,7 +148,8 @@ class MF0_API ModelImpl {
   void drain();
   void dropEndedObservers();
   void tell(const ChangeSet& changes, std::exception_ptr& first);
-  void settle(UndoLog& log) noexcept;
+  void finish(std::unique_ptr<UndoLog> log) noexcept;
+  std::unique_ptr<UndoLog> takeLog();
   void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
   /// An element with empty values, unrecorded. The identity must be free.
   ElementImpl* newElement(const ClassInfo& info, const uuid& identity);

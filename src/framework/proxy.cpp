@@ -1,4 +1,7 @@
 // Proxies: elements whose values are elsewhere until somebody looks at them.
+#include <algorithm>
+#include <vector>
+
 #include "framework/creation.h"
 #include "framework/element.h"
 #include "framework/links.h"
@@ -25,6 +28,32 @@ ModelElement ModelImpl::createProxy(const ClassInfo& info, const uuid& identity)
   return ModelElement(proxy);
 }
 
+namespace {
+
+/// Notes which elements are being loaded on this thread: a loader that looks at the one it loads
+/// would never end.
+class Loading {
+ public:
+  explicit Loading(const ElementImpl& element) {
+    const auto& open = elements();
+    nested_ = std::find(open.begin(), open.end(), &element) != open.end();
+    elements().push_back(&element);
+  }
+  Loading(const Loading&) = delete;
+  Loading& operator=(const Loading&) = delete;
+  ~Loading() { elements().pop_back(); }
+  bool isNested() const { return nested_; }
+
+ private:
+  static std::vector<const ElementImpl*>& elements() {
+    thread_local std::vector<const ElementImpl*> open;
+    return open;
+  }
+  bool nested_ = false;
+};
+
+}  // namespace
+
 void ElementImpl::resolve() const {
   if (isDestroyed()) prepareRead();
   if (!isProxy()) return;
@@ -32,10 +61,11 @@ void ElementImpl::resolve() const {
   const ModelElement keep(const_cast<ElementImpl*>(this));
   const std::unique_ptr<BuilderValues> values =
       classInfo().native.newBuilder(classInfo(), getModel());
-  if (!loader || !loader->load(Uuid(), *values)) {
+  const Loading loading(*this);
+  if (!loader || loading.isNested() || !loader->load(Uuid(), *values)) {
     reportException(mf0::messages::CannotResolveProxy(Uuid().toString()));
   }
-  if (!isProxy()) return;  // the loader looked at the element itself
+  if (isDestroyed()) prepareRead();  // the loader's doing
   Creation::fillProxy(*keep.impl(), *values);
   Raw::setProxy(*keep.impl(), false);
 }

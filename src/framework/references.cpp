@@ -383,11 +383,20 @@ void assign(ElementImpl& owner, const PropertyInfo& property,
   tidy(owner, property);
 }
 
+void tidyAfter(ModelImpl& model, std::span<const UndoRecord> records) noexcept {
+  for (const UndoRecord& record : records) {
+    if (record.kind != UndoKind::kRemove) continue;
+    ElementImpl& owner = *model.pool().at(record.element);
+    if (!owner.isDestroyed()) tidy(owner, *owner.classInfo().findByIndex(record.property));
+  }
+}
+
 void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
   ModelImpl& model = owner.model();
   model.checkWritable();
   if (!property.opposite) {
     take(owner, property, position);
+    if (property.has(kMany)) tidy(owner, property);
     return model.publishIfOutermost();
   }
   ModelImpl::Scope scope(model);

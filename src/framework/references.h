@@ -7,6 +7,7 @@
 #include <span>
 
 #include "framework/element.h"
+#include "framework/undo_log.h"
 
 namespace mf::zero::references {
 
@@ -45,6 +46,9 @@ void clear(ElementImpl& owner, const PropertyInfo& property);
 bool isReferencedFromOutside(const ElementImpl& element);
 /// Takes `element` out of all references to it; one transaction.
 void clearIncoming(ElementImpl& element);
+/// Closes the gaps of the lists that the records took from, where gaps are half of a list; the
+/// model must be idle.
+void tidyAfter(ModelImpl& model, std::span<const UndoRecord> records) noexcept;
 /// Destroys `element`, with its contents or leaving them as roots; one transaction.
 void destroy(ElementImpl& element, bool withContents);
 

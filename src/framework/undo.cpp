@@ -241,8 +241,8 @@ void revert(ModelImpl& model, const UndoRecord& record) noexcept {
     case UndoKind::kText: Raw::at<Text>(element, property) = Text::adopt(record.old); break;
     case UndoKind::kArray: {
       const vxArray*& slot = Raw::at<ArraySlot>(element, property).array;
-      vexal::deletePropertyArray(const_cast<vxArray*>(slot));
-      slot = reinterpret_cast<const vxArray*>(record.old);
+      const vxArray* undone = std::exchange(slot, reinterpret_cast<const vxArray*>(record.old));
+      vexal::deletePropertyArray(const_cast<vxArray*>(undone));
       break;
     }
     case UndoKind::kReference:

@@ -76,6 +76,20 @@ bool isPresent(const ElementImpl& element, const PropertyInfo& property) {
   return false;
 }
 
+bool isPresent(const Value& value) {
+  if (value.isEmpty()) return false;
+  if (value.isList()) return !value.items().empty();
+  switch (value.meta().kind) {
+    case ValueKind::kReal: return value.getValue<double>() != 0;
+    case ValueKind::kString: return !value.getValue<std::u16string>().empty();
+    case ValueKind::kArray: return value.getValue<const vxArray*>() != nullptr;
+    case ValueKind::kElement: return static_cast<bool>(value.getValue<ModelElement>());
+    case ValueKind::kEnumeration:
+      return value.meta().enumeration->find(static_cast<std::int32_t>(value.bits())) != nullptr;
+    default: return value.bits() != 0;
+  }
+}
+
 std::size_t sizeOf(const PropertyInfo& property) {
   switch (property.kind) {
     case ValueKind::kBoolean:

@@ -14,6 +14,8 @@ namespace mf::zero::values {
 Value read(const ElementImpl& element, const PropertyInfo& property);
 /// The value without boxing lists: whether it is there at all (see hasPropertyValue).
 bool isPresent(const ElementImpl& element, const PropertyInfo& property);
+/// The same of a value by itself.
+bool isPresent(const Value& value);
 
 /// The bytes of a plain number, flag or literal of the property's kind.
 std::size_t sizeOf(const PropertyInfo& property);
