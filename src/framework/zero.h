@@ -10,6 +10,7 @@
 #include "framework/messages.h"
 #include "framework/meta/meta.h"
 #include "framework/model.h"
+#include "framework/model_impl.h"
 #include "framework/primitive_collection.h"
 #include "framework/query/query.h"
 #include "framework/text.h"
