@@ -25,8 +25,7 @@ class RandomChanges {
  public:
   /// `choose(n)` answers a number below n.
   explicit RandomChanges(std::function<std::uint32_t(std::uint32_t)> choose)
-      : choose_(std::move(choose)),
-        subscription_(model_->observe([this](const ChangeSet& changes) {
+      : choose_(std::move(choose)), subscription_(model_->observe([this](const ChangeSet& changes) {
           complain("observer", apply(changes, mirror_));
         })) {
     mi::attachToHost();
@@ -107,10 +106,9 @@ class RandomChanges {
     return all.empty() ? ModelElement() : all[choose_(static_cast<std::uint32_t>(all.size()))];
   }
   const ClassInfo& anyClass() {
-    const ClassInfo* const classes[] = {&Bed::classInfo(),      &RaisedBed::classInfo(),
-                                        &Plant::classInfo(),    &Bed::classInfo(),
-                                        &Gardener::classInfo(), &Plant::classInfo(),
-                                        &Tool::classInfo(),     &Record::classInfo()};
+    const ClassInfo* const classes[] = {
+        &Bed::classInfo(),      &RaisedBed::classInfo(), &Plant::classInfo(), &Bed::classInfo(),
+        &Gardener::classInfo(), &Plant::classInfo(),     &Tool::classInfo(),  &Record::classInfo()};
     return *classes[choose_(8)];
   }
 
@@ -186,8 +184,8 @@ class RandomChanges {
     const auto index = static_cast<int>(choose_(static_cast<std::uint32_t>(count))) + 1;
     const PropertyInfo& property = *element->classInfo().findByIndex(index);
     if (!property.has(kMany) || choose_(8) == 0) {
-      element->set(property, property.has(kMany) ? Value::ofList(anyValues(property))
-                                                 : anyValue(property));
+      element->set(property,
+                   property.has(kMany) ? Value::ofList(anyValues(property)) : anyValue(property));
     } else if (property.isReferenceList()) {
       changeList(ReferenceCollection(element.impl(), property));
     } else {
