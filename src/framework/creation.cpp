@@ -1,5 +1,6 @@
 #include "framework/creation.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "framework/links.h"
@@ -54,19 +55,14 @@ void storeItem(ElementImpl& element, const PropertyInfo& property, const Value& 
   }
 }
 
-/// Whether what is in memory speaks against a loaded reference: the other end, where it is loaded,
-/// has let go of the element; a child has moved on; a single containment is taken.
+/// Whether a loaded containment is outdated: the child has moved on, or the only place is taken.
 bool isOutdated(const ElementImpl& element, const PropertyInfo& property, ElementImpl& target) {
-  if (property.has(kContainment)) {
-    return Raw::owner(target) != kNoElement ||
-           (!property.has(kMany) && Raw::at<ReferenceSlot>(element, property).target != kNoElement);
-  }
-  return property.opposite && !target.isProxy() &&
-         !references::find(target, *property.opposite, &element);
+  return property.has(kContainment) &&
+         (Raw::owner(target) != kNoElement ||
+          (!property.has(kMany) && Raw::at<ReferenceSlot>(element, property).target != kNoElement));
 }
 
-/// One end of a loaded reference. The other end and the contents never left, and go by what has
-/// happened to them meanwhile.
+/// One end of a loaded reference.
 void storeReference(ElementImpl& element, const PropertyInfo& property, ElementImpl* target) {
   if (!target || references::find(element, property, target)) return;
   if (isOutdated(element, property, *target)) return;
@@ -83,16 +79,43 @@ void storeReference(ElementImpl& element, const PropertyInfo& property, ElementI
   links::place(element, property, position, *target);
 }
 
-/// The own ends of references that loaded elements have made to this one meanwhile.
-void storeOppositeEnds(ElementImpl& element) {
+/// Whether another loaded element holds `target` in its own `property`.
+bool isHeldByAnother(const ElementImpl& element, const PropertyInfo& property,
+                     ElementImpl& target) {
+  IncomingList* list = Raw::incoming(target);
+  if (!list) return false;
+  return std::any_of(list->entries(), list->entries() + list->size, [&](const Incoming& entry) {
+    const ElementImpl& owner = *Chunk::find(target, entry.owner);
+    return &owner != &element && !owner.isProxy() &&
+           &links::propertyOf(owner, entry.link) == &property;
+  });
+}
+
+/// Lets go of what the other end, where it is loaded, has let go of meanwhile.
+void dropOutdatedEnds(ElementImpl& element, const PropertyInfo& property) {
+  const std::uint32_t count =
+      property.has(kMany) ? Raw::at<ReferenceList>(element, property).size : 1;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const ElementId id = links::slotAt(element, property, i).target;
+    if (id == kNoElement) continue;
+    ElementImpl& target = *Chunk::find(element, id);
+    const bool outdated =
+        target.isProxy()
+            ? !property.opposite->has(kMany) && isHeldByAnother(element, property, target)
+            : !references::find(target, *property.opposite, &element);
+    if (outdated) links::unplace(element, property, i);
+  }
+}
+
+/// Makes the own ends of references that loaded elements have made meanwhile.
+void addMissingEnds(ElementImpl& element) {
   for (std::uint32_t i = 0; Raw::incoming(element) && i < Raw::incoming(element)->size; ++i) {
     const Incoming entry = Raw::incoming(element)->entries()[i];
     ElementImpl& owner = *Chunk::find(element, entry.owner);
     const PropertyInfo* property = links::propertyOf(owner, entry.link).opposite;
-    if (!property || owner.isProxy()) continue;
-    const bool taken = !property->has(kMany) &&
-                       Raw::at<ReferenceSlot>(element, *property).target != kNoElement &&
-                       !references::find(element, *property, &owner);
+    if (!property || owner.isProxy() || references::find(element, *property, &owner)) continue;
+    const bool taken =
+        !property->has(kMany) && Raw::at<ReferenceSlot>(element, *property).target != kNoElement;
     if (taken) links::unplace(element, *property, 0);
     storeReference(element, *property, &owner);
   }
@@ -171,11 +194,19 @@ void Creation::fillProxy(ElementImpl& proxy, const BuilderValues& values) {
         storeSingle(proxy, property, item.value);
       }
     }
-    storeOppositeEnds(proxy);
+    matchEnds(proxy);
   } catch (...) {
     empty(proxy);
     throw;
   }
+}
+
+void Creation::matchEnds(ElementImpl& element) {
+  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
+    if (property.opposite) dropOutdatedEnds(element, property);
+  });
+  addMissingEnds(element);
+  element.model().holes().clear();
 }
 
 void Creation::empty(ElementImpl& element) noexcept {

@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "framework/change_set.h"
+#include "framework/creation.h"
 #include "framework/links.h"
 #include "framework/model_impl.h"
 #include "framework/raw.h"
@@ -302,8 +303,12 @@ void ModelImpl::rollbackTo(std::size_t mark) noexcept {
     records.pop_back();
     undo::revert(*this, record);
   }
-  log_->shrunk();
   holes_.clear();
+  // Loading is not undone; the other ends of what was loaded may be others again.
+  for (const ElementId id : log_->loaded) {
+    if (Raw::isPlain(*pool_.at(id))) Creation::matchEnds(*pool_.at(id));
+  }
+  log_->shrunk();
 }
 
 ModelImpl::Scope::Scope(ModelImpl& model) : model_(model), depth_(model.enter()) {}

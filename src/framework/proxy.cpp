@@ -25,6 +25,7 @@ ModelElement ModelImpl::createProxy(const ClassInfo& info, const uuid& identity)
   // Neither recorded nor told: that an element exists elsewhere changes nothing here.
   ElementImpl* proxy = newElement(info, identity);
   Raw::setProxy(*proxy, true);
+  log_->sawNewProxies = depth_ > 0;
   return ModelElement(proxy);
 }
 
@@ -66,6 +67,7 @@ void ElementImpl::resolve() const {
     reportException(mf0::messages::CannotResolveProxy(Uuid().toString()));
   }
   if (isDestroyed()) prepareRead();  // the loader's doing
+  if (model().isInTransaction()) model().log().loaded.push_back(id());
   Creation::fillProxy(*keep.impl(), *values);
   Raw::setProxy(*keep.impl(), false);
 }

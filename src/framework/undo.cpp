@@ -63,8 +63,15 @@ void UndoLog::clear() {
   changes.clear();
   if (records.capacity() > kKept) records.shrink_to_fit();
   if (changes.capacity() > kKept) changes.shrink_to_fit();
+  shrunk();
+}
+
+void UndoLog::shrunk() {
   indexed_ = false;
   newestId_ = kNoElement;
+  if (!records.empty()) return;
+  loaded.clear();
+  sawNewProxies = false;
 }
 
 // ChangeIndex
@@ -165,6 +172,36 @@ void revertCreate(ModelImpl& model, ElementImpl& element) noexcept {
   discard(model, element);
 }
 
+void leaveContents(ModelImpl& model, ElementImpl& element) noexcept {
+  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
+    if (!property.has(kContainment)) return;
+    const std::uint32_t count =
+        property.has(kMany) ? Raw::at<ReferenceList>(element, property).size : 1;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      if (links::slotAt(element, property, i).target == kNoElement) continue;
+      takeOut(model, element.id(), links::link(property, i));
+    }
+  });
+}
+
+/// A proxy that was made for the identity of a destroyed element gives way to it.
+void replaceStandIn(ModelImpl& model, ElementImpl& element) noexcept {
+  ElementImpl* standIn =
+      model.log().sawNewProxies ? model.identities().find(element.Uuid()) : nullptr;
+  if (!standIn) return;
+  const bool fits = &standIn->classInfo() == &element.classInfo();
+  while (fits && Raw::incoming(*standIn) && Raw::incoming(*standIn)->size > 0) {
+    const Incoming last = Raw::incoming(*standIn)->entries()[Raw::incoming(*standIn)->size - 1];
+    ElementImpl& holder = *model.pool().at(last.owner);
+    takeOut(model, last.owner, last.link);
+    putBack(model, holder, links::propertyOf(holder, last.link), links::positionOf(last.link),
+            element);
+  }
+  leaveContents(model, *standIn);
+  std::erase(model.log().loaded, standIn->id());
+  revertCreate(model, *standIn);
+}
+
 void revertDestroy(ModelImpl& model, ElementImpl& element, IncomingList* referrers) noexcept {
   Raw::setDestroyed(element, false);
   Raw::setInLog(element, false);
@@ -177,6 +214,7 @@ void revertDestroy(ModelImpl& model, ElementImpl& element, IncomingList* referre
     links::slotAt(owner, property, links::positionOf(entry.link)) = {element.id(), i};
     if (property.has(kMany)) --Raw::at<ReferenceList>(owner, property).holes;
   }
+  replaceStandIn(model, element);
   model.identities().restore(element);
   model.elementBack();
 }

@@ -107,14 +107,14 @@ class UndoLog {
   /// The up-to-date index of the log; drop it when records are taken back.
   ChangeIndex& index();
   /// To be called when records were taken back.
-  void shrunk() {
-    indexed_ = false;
-    newestId_ = kNoElement;
-  }
+  void shrunk();
   void clear();
 
   ModelImpl& model;
   std::vector<UndoRecord> records;
+  // What happened meanwhile without being recorded.
+  std::vector<ElementId> loaded;  ///< proxies that were
+  bool sawNewProxies = false;
   std::vector<Change> changes;  ///< room for the change set, kept between commits
 
  private:
