@@ -1,34 +1,91 @@
 // Random changes of a garden in random nested transactions, each step held against
 // plain pictures of the model: what fails must change nothing, a rollback must lead
 // back to where its transaction began, and what observers are told must lead from the
-// picture before a commit to the one after it. Driven by numbers from anywhere.
+// picture before a commit to the one after it. With proxies, which come and go without
+// being recorded or told, only the bookkeeping is looked at. Driven by numbers from
+// anywhere.
 #pragma once
 
 #include <algorithm>
 #include <functional>
 #include <limits>
 #include <list>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "framework/builder.h"
 #include "framework/change_set.h"
 #include "framework/collection.h"
-#include "framework/garden_test.h"
+#include "framework/garden.h"
+#include "framework/meta/meta.h"
+#include "framework/mi/host_boundary.h"
+#include "framework/model_impl.h"
 #include "framework/primitive_collection.h"
 #include "framework/raw.h"
 #include "host/array.h"
+#include "support/consistency.h"
 #include "support/picture.h"
 
 namespace mf::zero::testing {
 
+/// Brings an element back as it was when it was remembered.
+class Memory final : public ElementLoader {
+ public:
+  void remember(const ElementImpl& element) {
+    std::vector<Item>& items = known_[element.Uuid()];
+    items.clear();
+    forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
+      const Value value = element.get(property);
+      if (!property.has(kMany)) return note(items, property, value);
+      for (const Value& item : value.items()) note(items, property, item);
+    });
+  }
+  bool load(const uuid& identity, BuilderValues& values) override {
+    for (const Item& item : known_[identity]) {
+      Value value = item.value;
+      if (item.target) value = values.model()->createProxy(*item.target, item.identity);
+      if (item.property->has(kMany)) {
+        values.add(*item.property, value);
+      } else {
+        values.set(*item.property, value);
+      }
+    }
+    return true;
+  }
+
+ private:
+  struct Item {
+    const PropertyInfo* property;
+    Value value;  ///< for an element, its class and identity instead
+    const ClassInfo* target;
+    uuid identity;
+  };
+  static void note(std::vector<Item>& items, const PropertyInfo& property, const Value& value) {
+    if (property.kind != ValueKind::kElement) {
+      items.push_back({&property, value, nullptr, {}});
+    } else if (const auto element = value.getValue<ModelElement>()) {
+      items.push_back({&property, {}, &element->classInfo(), element.Uuid()});
+    }
+  }
+  std::map<uuid, std::vector<Item>> known_;
+};
+
 class RandomChanges {
  public:
+  enum class Proxies { kNone, kSome };
+
   /// `choose(n)` answers a number below n.
-  explicit RandomChanges(std::function<std::uint32_t(std::uint32_t)> choose)
-      : choose_(std::move(choose)), subscription_(model_->observe([this](const ChangeSet& changes) {
-          complain("observer", apply(changes, mirror_));
+  RandomChanges(Proxies proxies, std::function<std::uint32_t(std::uint32_t)> choose)
+      : proxies_(proxies),
+        choose_(std::move(choose)),
+        subscription_(model_->observe([this](const ChangeSet& changes) {
+          const std::string wrong = apply(changes, mirror_);
+          if (proxies_ == Proxies::kNone) complain("observer", wrong);
         })) {
     mi::attachToHost();
+    model_->setLoader(memory_);
   }
 
   /// What did not hold, empty while all is well.
@@ -45,8 +102,8 @@ class RandomChanges {
       ++refused_;
     }
     const Picture now = pictureOf(model_);
-    if (failed) complain("refused", differences(before, now));
-    if (open_.empty()) complain("told", differences(mirror_, now));
+    if (failed) compare("refused", before, now);
+    if (open_.empty()) compare("told", mirror_, now);
     complain("bookkeeping", inconsistencies(model_));
   }
 
@@ -64,6 +121,10 @@ class RandomChanges {
     if (!what.empty()) wrong_ += std::string(where) + ": " + what;
   }
 
+  void compare(const char* where, const Picture& expected, const Picture& actual) {
+    if (proxies_ == Proxies::kNone) complain(where, differences(expected, actual));
+  }
+
   void change() {
     if (model_->size() < 15 && choose_(4) == 0) return create();
     switch (choose_(24)) {
@@ -76,6 +137,8 @@ class RandomChanges {
       case 6: return letGo();
       case 7: return askOldValues();
       case 8: return keepHandle();
+      case 9:
+      case 10: return proxies_ == Proxies::kSome ? forget() : changeProperty();
       default: return changeProperty();
     }
   }
@@ -96,7 +159,7 @@ class RandomChanges {
     const Picture before = first->before;
     if (std::next(first) == open_.end() && choose_(2)) first->transaction.rollback();
     open_.erase(first, open_.end());
-    complain("rolled back", differences(before, pictureOf(model_)));
+    compare("rolled back", before, pictureOf(model_));
   }
 
   // Elements
@@ -139,9 +202,15 @@ class RandomChanges {
     kept_.push_back(any());
   }
 
+  void forget() {
+    const ModelElement element = any();
+    if (!element->isProxy()) memory_->remember(*element.impl());
+    choose_(2) ? element->convertToProxy() : element->convertReferencesToProxies();
+  }
+
   /// Outside the outermost transaction the mirror shows the values before it.
   void askOldValues() {
-    if (open_.empty()) return;
+    if (open_.empty() || proxies_ == Proxies::kSome) return;
     const ModelElement element = any();
     const auto known = mirror_.find(element.Uuid().toString());
     if (known == mirror_.end()) return;
@@ -223,7 +292,9 @@ class RandomChanges {
     }
   }
 
+  const Proxies proxies_;
   std::function<std::uint32_t(std::uint32_t)> choose_;
+  std::shared_ptr<Memory> memory_ = std::make_shared<Memory>();
   Model model_ = Model::create();
   Picture mirror_;
   std::string wrong_;
