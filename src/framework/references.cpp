@@ -100,13 +100,16 @@ void unlink(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posi
   }
 }
 
-/// Takes a contained element out of its owner, if it has one.
+}  // namespace
+
 void detach(ElementImpl& child) {
   if (Raw::owner(child) == kNoElement) return;
   ElementImpl& owner = *Chunk::find(child, Raw::owner(child));
   const PropertyInfo& property = *owner.classInfo().findByIndex(Raw::ownerProperty(child));
   unlink(owner, property, property.has(kMany) ? Raw::position(child) : 0);
 }
+
+namespace {
 
 /// Makes the opposite end of a new reference; frees it first where it holds just one.
 void linkOpposite(ElementImpl& owner, const PropertyInfo& property, ElementImpl& target) {
@@ -433,80 +436,6 @@ void clearIncoming(ElementImpl& element) {
     ElementImpl& owner = *model.pool().at(entry.owner);
     unlink(owner, links::propertyOf(owner, entry.link), links::positionOf(entry.link));
   }
-  scope.done();
-}
-
-// Destroying
-
-namespace {
-
-template <class Visit>
-void forEachContained(const ElementImpl& element, Visit&& visit) {
-  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
-    if (!property.has(kContainment)) return;
-    if (!property.has(kMany)) {
-      if (ElementImpl* child = singleOf(element, property)) visit(*child);
-      return;
-    }
-    const ReferenceList& list = listOf(element, property);
-    for (std::uint32_t i = 0; i < list.size; ++i) {
-      if (list.slots[i].target != kNoElement) visit(targetAt(element, property, i));
-    }
-  });
-}
-
-/// The element and everything it contains, owners before contents; no recursion.
-std::vector<ElementImpl*> withAllContents(ElementImpl& element) {
-  std::vector<ElementImpl*> all{&element};
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    forEachContained(*all[i], [&](ElementImpl& child) { all.push_back(&child); });
-  }
-  return all;
-}
-
-/// Takes one element out of the web of references; its slots and values stay for undoing.
-void retire(ModelImpl& model, ElementImpl& element) noexcept {
-  IncomingList* referrers = std::exchange(Raw::incoming(element), nullptr);
-  model.log().records.push_back({.kind = UndoKind::kDestroy,  // room was made
-                                 .element = element.id(),
-                                 .old = reinterpret_cast<std::uintptr_t>(referrers)});
-  for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
-    const Incoming& entry = referrers->entries()[i];
-    const ElementImpl& owner = *model.pool().at(entry.owner);
-    const PropertyInfo& property = links::propertyOf(owner, entry.link);
-    const std::uint32_t position = links::positionOf(entry.link);
-    links::slotAt(owner, property, position).target = kNoElement;
-    if (!property.has(kMany)) continue;
-    ++listOf(owner, property).holes;
-    if (!model.holes().empty()) {
-      model.holes().removed(HoleIndexes::key(entry.owner, property.index), position);
-    }
-  }
-  links::withdraw(element);
-  model.identities().remove(element);
-  model.elementGone();
-  Raw::setDestroyed(element, true);
-  Raw::setInLog(element, true);
-}
-
-}  // namespace
-
-void destroy(ElementImpl& element, bool withContents) {
-  ModelImpl& model = element.model();
-  model.checkWritable();
-  ModelImpl::Scope scope(model);
-  detach(element);
-  if (!withContents) {
-    std::vector<ElementImpl*> contents;
-    forEachContained(element, [&](ElementImpl& child) { contents.push_back(&child); });
-    for (ElementImpl* child : contents) detach(*child);
-  }
-  const std::vector<ElementImpl*> doomed = withAllContents(element);
-  std::vector<UndoRecord>& records = model.log().records;
-  if (records.capacity() < records.size() + doomed.size()) {
-    records.reserve(std::max(records.capacity() * 2, records.size() + doomed.size()));
-  }
-  for (ElementImpl* one : doomed) retire(model, *one);
   scope.done();
 }
 

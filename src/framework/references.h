@@ -49,6 +49,8 @@ void clearIncoming(ElementImpl& element);
 /// Closes the gaps of the lists that the records took from, where gaps are half of a list; the
 /// model must be idle.
 void tidyAfter(ModelImpl& model, std::span<const UndoRecord> records) noexcept;
+/// Takes a contained element out of its owner, if it has one. Within a transaction only.
+void detach(ElementImpl& child);
 /// Destroys `element`, with its contents or leaving them as roots; one transaction.
 void destroy(ElementImpl& element, bool withContents);
 

@@ -1,0 +1,126 @@
+#include "framework/undo_log.h"
+
+#include "framework/change_set.h"
+#include "framework/links.h"
+#include "framework/model_impl.h"
+
+namespace mf::zero {
+
+// UndoLog
+
+UndoLog::UndoLog(ModelImpl& owner) : model(owner) {}
+
+UndoLog::~UndoLog() = default;
+
+void UndoLog::noteCreated(ElementId element, std::uint32_t cellUnits, std::size_t mark) {
+  const bool extends = records.size() > mark && records.back().kind == UndoKind::kCreate &&
+                       newestId_ + cellUnits == element && records.back().position == cellUnits;
+  if (extends) {
+    ++records.back().count;
+  } else {
+    add({.kind = UndoKind::kCreate, .element = element, .position = cellUnits, .count = 1});
+  }
+  newestId_ = element;
+  indexed_ = false;
+}
+
+bool UndoLog::coversNew(ElementId element, std::size_t mark) const {
+  return newestId_ == element && records.size() > mark && records.back().kind == UndoKind::kCreate;
+}
+
+bool UndoLog::hasSet(UndoKind kind, ElementId element, std::uint16_t property,
+                     std::size_t mark) const {
+  if (records.size() <= mark) return false;
+  const UndoRecord& last = records.back();
+  return last.kind == kind && last.element == element && last.property == property;
+}
+
+void UndoLog::noteInsert(ElementId element, std::uint16_t property, std::uint32_t position,
+                         UndoKind kind, std::size_t mark) {
+  if (hasSet(kind, element, property, mark) &&
+      records.back().position + records.back().count == position) {
+    ++records.back().count;
+    return;
+  }
+  add({.kind = kind, .property = property, .element = element, .position = position, .count = 1});
+}
+
+ChangeIndex& UndoLog::index() {
+  if (!indexed_) index_.clear();
+  indexed_ = true;
+  index_.extend(records, model);
+  return index_;
+}
+
+void UndoLog::clear() {
+  constexpr std::size_t kKept = 4096;  // room that is worth keeping for the next transaction
+  records.clear();
+  changes.clear();
+  if (records.capacity() > kKept) records.shrink_to_fit();
+  if (changes.capacity() > kKept) changes.shrink_to_fit();
+  shrunk();
+}
+
+void UndoLog::shrunk() {
+  indexed_ = false;
+  newestId_ = kNoElement;
+  if (!records.empty()) return;
+  loaded.clear();
+  sawNewProxies = false;
+}
+
+// ChangeIndex
+
+void ChangeIndex::clear() {
+  entries_.clear();
+  steps_.clear();
+  byKey_.clear();
+  taken_ = 0;
+}
+
+void ChangeIndex::extend(const std::vector<UndoRecord>& records, ModelImpl& model) {
+  for (; taken_ < records.size(); ++taken_) {
+    const UndoRecord& record = records[taken_];
+    const auto number = static_cast<std::uint32_t>(taken_);
+    if (record.kind == UndoKind::kNothing) continue;
+    if (record.kind == UndoKind::kCreate) {
+      for (std::uint32_t i = 0; i < record.count; ++i) {
+        note(record.element + i * record.position, kLifetime, number, i);
+      }
+      continue;
+    }
+    if (record.kind != UndoKind::kDestroy) {
+      note(record.element, record.property, number, 0);
+      continue;
+    }
+    note(record.element, kLifetime, number, 0);
+    auto* referrers = reinterpret_cast<IncomingList*>(record.old);
+    for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
+      const Incoming& entry = referrers->entries()[i];
+      const PropertyInfo& property = links::propertyOf(*model.pool().at(entry.owner), entry.link);
+      note(entry.owner, property.index, number, i);
+    }
+  }
+}
+
+void ChangeIndex::note(ElementId element, std::uint16_t property, std::uint32_t record,
+                       std::uint32_t sub) {
+  const auto step = static_cast<std::uint32_t>(steps_.size());
+  const auto [found, isNew] = byKey_.try_emplace(std::uint64_t{element} << 16 | property,
+                                                 static_cast<std::uint32_t>(entries_.size()));
+  if (isNew) {
+    entries_.push_back({element, property, step, step});
+    steps_.push_back({record, sub, kNone});
+  } else {
+    Entry& entry = entries_[found->second];
+    steps_.push_back({record, sub, entry.lastStep});
+    entry.lastStep = step;
+  }
+}
+
+const ChangeIndex::Entry* ChangeIndex::find(ElementId element, std::uint16_t property) const {
+  const auto found = byKey_.find(std::uint64_t{element} << 16 | property);
+  return found == byKey_.end() ? nullptr : &entries_[found->second];
+}
+
+}  // namespace mf::zero
