@@ -21,9 +21,10 @@ namespace meta {
 class Class;
 }
 
-/// Hears of every committed change set of a model, once, after the outermost commit. It may read,
-/// write (in a new transaction, heard of afterwards), unsubscribe and destroy. An exception
-/// reaches the caller of the commit after the other observers were told; what was committed stays.
+/// Hears of every committed change set of a model, once, after the outermost commit; a set in which
+/// everything ended where it began is not told. It may read, write (in a new transaction, heard of
+/// afterwards), unsubscribe and destroy. An exception reaches the caller of the commit after the
+/// other observers were told; what was committed stays.
 class MF0_API Observer {
  public:
   virtual ~Observer() = default;
@@ -52,7 +53,8 @@ class MF0_API ElementLoader {
   virtual ~ElementLoader() = default;
   /// Fills `values` with what the element of that identity and class holds; references may be
   /// proxies. Returns false for an identity it does not know. It must not change the model except
-  /// by creating proxies.
+  /// by creating proxies. Where the other end of a two-sided reference, or the owner of a child, is
+  /// in memory and says otherwise, that counts.
   virtual bool load(const uuid& identity, BuilderValues& values) = 0;
 };
 
