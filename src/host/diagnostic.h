@@ -66,6 +66,20 @@ VEXAL_API std::unique_ptr<Diagnostic> createDiagnostic(MessageId id, std::string
 /// Throws the HostError built from the diagnostic.
 [[noreturn]] VEXAL_API void throwDiagnostic(const Diagnostic& diagnostic);
 
+/// Tells the identifier ("mf0:messages:InvalidValue") of an exception of another library;
+/// empty when it is none of that library's. Must not throw.
+using ErrorTranslator = std::string (*)(const std::exception& error) noexcept;
+
+/// From now on exceptions that the translator knows become diagnostics with that catalog and
+/// key and the exception's own text. Registering one again does no harm; there is room
+/// for eight, and the function answers whether it was found or added.
+VEXAL_API bool registerErrorTranslator(ErrorTranslator translator) noexcept;
+
+/// The diagnostic of the exception being handled: that of a HostError as it is, one with the
+/// identifier that a translator tells, "Vexal:host:OutOfMemory" for std::bad_alloc, and
+/// "Vexal:host:FunctionFailed" naming `what` for every other.
+VEXAL_API std::unique_ptr<Diagnostic> diagnosticOfCurrentException(std::string_view what);
+
 /// Throws the HostError of one message.
 [[noreturn]] VEXAL_API void raise(MessageId id,
                                   std::initializer_list<std::string_view> arguments = {});

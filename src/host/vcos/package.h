@@ -6,8 +6,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/export.h"
+#include "host/vcos/class_info.h"
 
 namespace vcos {
 
@@ -55,6 +57,18 @@ class VEXAL_API COSPackage {
   /// yet; null when there is none. What a hook looks up while it loads is not passed on
   /// to the same package again.
   static COSPackage* getPackage(std::string_view name);
+
+  /// Adds a class below this package; its description is asked when the class is first used.
+  /// Raises "Vexal:class:InvalidName" for a name that is not directly below this package, and
+  /// what throwErrorForDefinitionOfExistingName raises when the name is taken.
+  void addClass(std::unique_ptr<COSClassInfo> info);
+  /// The same for a table, which must live for ever.
+  void addClass(const factory::ClassTable& table);
+
+  /// The full names of the classes and packages directly below, those added so far; in
+  /// alphabetical order.
+  std::vector<std::string> classNames() const;
+  static std::vector<std::string> packageNames(const COSPackage* below);
 
   COSPackage(const COSPackage&) = delete;
   COSPackage& operator=(const COSPackage&) = delete;
