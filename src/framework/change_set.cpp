@@ -1,8 +1,11 @@
 #include "framework/change_set.h"
 
+#include <bit>
+
 #include "framework/model_impl.h"
 #include "framework/raw.h"
 #include "framework/undo.h"
+#include "framework/values.h"
 
 namespace mf::zero {
 
@@ -49,6 +52,31 @@ std::int64_t growthOf(const UndoLog& log, const ChangeIndex& index,
   return growth;
 }
 
+/// Whether the one plain value that a log replaced was another afterwards.
+bool isChanged(UndoLog& log) {
+  const UndoRecord& record = log.records.front();
+  const ElementImpl& element = *log.model.pool().at(record.element);
+  const PropertyInfo& property = *element.classInfo().findByIndex(record.property);
+  const bool isLatest = !log.next && log.model.log().empty();
+  if (!isLatest) {
+    return !(undo::valueBefore(log, element, property) == undo::valueAfter(log, element, property));
+  }
+  if (property.kind == ValueKind::kReal) {
+    return Raw::at<double>(element, property) != std::bit_cast<double>(record.old);
+  }
+  return Raw::load(element, property, values::sizeOf(property)) != record.old;
+}
+
+/// Whether elements were made and none destroyed: no need to look any further.
+bool someAreNew(const UndoLog& log) {
+  bool created = false;
+  for (const UndoRecord& record : log.records) {
+    if (record.kind == UndoKind::kDestroy) return false;
+    created |= record.kind == UndoKind::kCreate;
+  }
+  return created;
+}
+
 }  // namespace
 
 void ChangeSet::collect(const ChangeIndex& index, const ChangeIndex::Entry& entry) const {
@@ -70,20 +98,27 @@ void ChangeSet::collect(const ChangeIndex& index, const ChangeIndex::Entry& entr
   if (changed) log_.changes.push_back(change);
 }
 
+bool ChangeSet::empty() const {
+  if (collected_) return log_.changes.empty();
+  if (log_.isOnePlainSet()) return !isChanged(log_);
+  return !someAreNew(log_) && changes().empty();
+}
+
 std::span<const Change> ChangeSet::changes() const {
   if (collected_) return log_.changes;
-  collected_ = true;
   log_.changes.clear();
-  if (log_.records.size() == 1 && isPlainSet(log_.records.front().kind)) {
+  if (log_.isOnePlainSet()) {
     const UndoRecord& record = log_.records.front();
     ElementImpl* element = log_.model.pool().at(record.element);
-    const Change change(*this, ChangeKind::kModified, element,
-                        element->classInfo().findByIndex(record.property));
-    if (!(change.oldValue() == change.newValue())) log_.changes.push_back(change);
-    return log_.changes;
+    if (isChanged(log_)) {
+      log_.changes.push_back(Change(*this, ChangeKind::kModified, element,
+                                    element->classInfo().findByIndex(record.property)));
+    }
+  } else {
+    const ChangeIndex& index = log_.index();
+    for (const ChangeIndex::Entry& entry : index.entries()) collect(index, entry);
   }
-  const ChangeIndex& index = log_.index();
-  for (const ChangeIndex::Entry& entry : index.entries()) collect(index, entry);
+  collected_ = true;
   return log_.changes;
 }
 

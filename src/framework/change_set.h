@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <utility>
 
 #include "framework/element.h"
 #include "framework/export.h"
@@ -49,14 +48,14 @@ class MF0_API Change {
 /// property; so is one that was destroyed.
 class MF0_API ChangeSet {
  public:
-  ChangeSet(UndoLog& log, std::optional<Value> result) : log_(log), result_(std::move(result)) {}
+  explicit ChangeSet(UndoLog& log) : log_(log) {}
 
   std::size_t size() const { return changes().size(); }
-  bool empty() const { return changes().empty(); }
+  bool empty() const;
   auto begin() const { return changes().begin(); }
   auto end() const { return changes().end(); }
   /// What the commit was given.
-  const std::optional<Value>& result() const { return result_; }
+  const std::optional<Value>& result() const { return log_.result; }
   ModelImpl& model() const;
 
  private:
@@ -65,7 +64,6 @@ class MF0_API ChangeSet {
   void collect(const ChangeIndex& index, const ChangeIndex::Entry& entry) const;
 
   UndoLog& log_;
-  std::optional<Value> result_;
   mutable bool collected_ = false;
 };
 

@@ -70,6 +70,8 @@ struct EnumInfo {
   std::string_view qualifiedName;
   uuid identity;
   std::span<const LiteralInfo> literals;
+  /// Registers the enumeration's package with the meta registry if that has not happened yet.
+  void (*ensureRegistered)() = nullptr;
   MetaLink meta = {};
 
   /// The literal with that value, or null.

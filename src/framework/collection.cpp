@@ -1,11 +1,10 @@
 #include "framework/collection.h"
 
 #include <algorithm>
-#include <string>
 
+#include "framework/collection_access.h"
 #include "framework/links.h"
 #include "framework/model_impl.h"
-#include "framework/raw.h"
 #include "framework/references.h"
 
 namespace mf::zero {
@@ -15,23 +14,8 @@ namespace {
 /// Lists up to this long are searched through; longer ones with holes get an index.
 constexpr std::uint32_t kShortList = 64;
 
-[[noreturn]] void raiseOutOfRange(std::size_t index, std::size_t size) {
-  reportException(mf0::messages::IndexOutOfRange(std::to_string(index), std::to_string(size)));
-}
-
-/// The list for reading: a proxy owner is loaded first.
-ReferenceList& readable(const ModelElement& owner, const PropertyInfo& property) {
-  Raw::prepareRead(*owner.impl());
-  return Raw::at<ReferenceList>(*owner.impl(), property);
-}
-
-ElementImpl& writable(const ModelElement& owner) {
-  if (!Raw::isPlain(*owner.impl())) Raw::refuseChange(*owner.impl());
-  return *owner.impl();
-}
-
 std::uint64_t keyOf(const ElementImpl& owner, const PropertyInfo& property) {
-  return HoleIndexes::key(owner.id(), property.index);
+  return ListIndexes::key(owner.id(), property.index);
 }
 
 /// The slot of element number `index`, which must be below the live count.
@@ -39,7 +23,7 @@ std::uint32_t slotOf(const ElementImpl& owner, const PropertyInfo& property,
                      const ReferenceList& list, std::size_t index) {
   if (list.holes == 0) return static_cast<std::uint32_t>(index);
   if (list.size > kShortList && !owner.model().isShared()) {
-    return owner.model().holes().slotAt(list, keyOf(owner, property), index);
+    return owner.model().lists().holes(list, keyOf(owner, property)).slotAt(index);
   }
   std::uint32_t slot = 0;
   for (std::size_t passed = 0;; ++slot) {
@@ -52,7 +36,7 @@ std::size_t indexOfSlot(const ElementImpl& owner, const PropertyInfo& property,
                         const ReferenceList& list, std::uint32_t slot) {
   if (list.holes == 0) return slot;
   if (list.size > kShortList && !owner.model().isShared()) {
-    return owner.model().holes().indexOf(list, keyOf(owner, property), slot);
+    return owner.model().lists().holes(list, keyOf(owner, property)).countBefore(slot);
   }
   return static_cast<std::size_t>(std::count_if(
       list.slots, list.slots + slot, [](const auto& held) { return held.target != kNoElement; }));
@@ -66,22 +50,24 @@ std::vector<ElementImpl*> implsOf(std::span<const ModelElement> elements) {
 
 }  // namespace
 
-std::size_t ReferenceCollection::size() const { return readable(owner_, *property_).live(); }
+std::size_t ReferenceCollection::size() const {
+  return readable<ReferenceList>(owner_, *property_).live();
+}
 
 ModelElement ReferenceCollection::at(std::size_t index) const {
-  const ReferenceList& list = readable(owner_, *property_);
+  const ReferenceList& list = readable<ReferenceList>(owner_, *property_);
   if (index >= list.live()) raiseOutOfRange(index, list.live());
   const std::uint32_t slot = slotOf(*owner_.impl(), *property_, list, index);
   return ModelElement(Chunk::find(*owner_.impl(), list.slots[slot].target));
 }
 
 bool ReferenceCollection::contains(const ModelElement& element) const {
-  readable(owner_, *property_);
+  readable<ReferenceList>(owner_, *property_);
   return references::find(*owner_.impl(), *property_, element.impl()).has_value();
 }
 
 std::optional<std::size_t> ReferenceCollection::indexOf(const ModelElement& element) const {
-  const ReferenceList& list = readable(owner_, *property_);
+  const ReferenceList& list = readable<ReferenceList>(owner_, *property_);
   const auto slot = references::find(*owner_.impl(), *property_, element.impl());
   if (!slot) return std::nullopt;
   return indexOfSlot(*owner_.impl(), *property_, list, *slot);
@@ -152,7 +138,7 @@ void ReferenceCollection::reserve(std::size_t count) {
 
 ReferenceCollection::Cursor::Cursor(const ReferenceCollection& collection)
     : owner_(collection.owner_), property_(collection.property_) {
-  const ReferenceList& list = readable(owner_, *property_);
+  const ReferenceList& list = readable<ReferenceList>(owner_, *property_);
   count(1);
   // What was emptied from the front is not passed slot by slot every time.
   const bool skips = list.holes > 0 && list.live() > 0 && list.slots[0].target == kNoElement;

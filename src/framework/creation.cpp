@@ -71,11 +71,14 @@ void storeReference(ElementImpl& element, const PropertyInfo& property, ElementI
     links::reserveSlots(element, property, std::size_t{list.size} + 1);
   }
   if (!property.has(kContainment)) links::reserveReferrer(*target);
-  std::uint32_t position = 0;
-  if (property.has(kMany)) {
-    position = Raw::at<ReferenceList>(element, property).size;
-    links::openGap(element, property, position, 1);
+  const std::uint32_t position =
+      property.has(kMany) ? Raw::at<ReferenceList>(element, property).size : 0;
+  if (property.has(kContainment)) {
+    ModelImpl& model = element.model();
+    model.log().noteInsert(element.id(), property.index, position, UndoKind::kLoadInto,
+                           model.mark());
   }
+  if (property.has(kMany)) links::openGap(element, property, position, 1);
   links::place(element, property, position, *target);
 }
 
@@ -174,39 +177,55 @@ void Creation::fill(ElementImpl& element, const BuilderValues& values) {
   }
 }
 
-void Creation::fillProxy(ElementImpl& proxy, const BuilderValues& values) {
-  for (const BuilderValues::Item& item : values.items_) {
-    if (item.child) {
-      reportException(mf0::messages::CannotResolveProxy(proxy.Uuid().toString()));
-    }
-    if (item.property->kind != ValueKind::kElement || item.value.isEmpty()) continue;
-    references::check(proxy, *item.property, item.value.getValue<ModelElement>().impl());
-  }
-  proxy.model().applyDefaults(proxy);
-  try {
-    for (const BuilderValues::Item& item : values.items_) {
-      const PropertyInfo& property = *item.property;
-      if (property.kind == ValueKind::kElement) {
-        storeReference(proxy, property, item.value.getValue<ModelElement>().impl());
-      } else if (property.has(kMany)) {
-        storeItem(proxy, property, item.value);
-      } else {
-        storeSingle(proxy, property, item.value);
-      }
-    }
-    matchEnds(proxy);
-  } catch (...) {
-    empty(proxy);
-    throw;
+namespace {
+
+void storeLoaded(ElementImpl& element, const PropertyInfo& property, const Value& value) {
+  if (property.kind == ValueKind::kElement) {
+    storeReference(element, property, value.getValue<ModelElement>().impl());
+  } else if (property.has(kMany)) {
+    storeItem(element, property, value);
+  } else {
+    storeSingle(element, property, value);
   }
 }
 
-void Creation::matchEnds(ElementImpl& element) {
+/// Makes the two-sided references of a loaded element agree with their other ends, which were in
+/// memory while it was not.
+void matchEnds(ElementImpl& element) {
   forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
     if (property.opposite) dropOutdatedEnds(element, property);
   });
   addMissingEnds(element);
-  element.model().holes().clear();
+}
+
+}  // namespace
+
+void Creation::load(ElementImpl& proxy, const BuilderValues& values) {
+  for (const BuilderValues::Item& item : values.items_) {
+    if (item.child) {
+      reportException(mf0::messages::CannotResolveProxy(
+          proxy.Uuid().toString(), "its loader answers contents that exist nowhere yet"));
+    }
+    if (item.property->kind != ValueKind::kElement || item.value.isEmpty()) continue;
+    references::check(proxy, *item.property, item.value.getValue<ModelElement>().impl());
+  }
+  ModelImpl& model = proxy.model();
+  const std::size_t mark = model.log().records.size();
+  model.log().add({.kind = UndoKind::kLoad, .element = proxy.id()});
+  model.applyDefaults(proxy);
+  try {
+    for (const BuilderValues::Item& item : values.items_) {
+      storeLoaded(proxy, *item.property, item.value);
+    }
+    matchEnds(proxy);
+  } catch (...) {
+    const vexal::ReleasePause pause;
+    model.rollbackTo(mark);
+    throw;
+  }
+  Raw::setProxy(proxy, false);
+  model.lists().clear();
+  if (!model.isInTransaction()) model.log().drop(mark);
 }
 
 void Creation::empty(ElementImpl& element) noexcept {

@@ -11,11 +11,9 @@ class Creation {
  public:
   /// Creates the element of a builder and of all its child builders, in one transaction.
   static ModelElement create(const BuilderValues& values, const uuid& identity);
-  /// Gives a proxy the values that a loader collected, unrecorded. Checks everything first.
-  static void fillProxy(ElementImpl& proxy, const BuilderValues& values);
-  /// Makes the two-sided references of a loaded element agree with their other ends, which were in
-  /// memory while it was not.
-  static void matchEnds(ElementImpl& element);
+  /// Turns a proxy into the element that a loader described. Not told, but undone when an open
+  /// transaction is rolled back. Checks everything first; a failure leaves the proxy as it was.
+  static void load(ElementImpl& proxy, const BuilderValues& values);
   /// Empties everything that a loader can bring back; containment stays.
   static void empty(ElementImpl& element) noexcept;
 

@@ -48,8 +48,8 @@ void retire(ModelImpl& model, ElementImpl& element) noexcept {
     links::slotAt(owner, property, position).target = kNoElement;
     if (!property.has(kMany)) continue;
     ++Raw::at<ReferenceList>(owner, property).holes;
-    if (!model.holes().empty()) {
-      model.holes().removed(HoleIndexes::key(entry.owner, property.index), position);
+    if (!model.lists().empty()) {
+      model.lists().removed(ListIndexes::key(entry.owner, property.index), position);
     }
   }
   links::withdraw(element);

@@ -244,10 +244,9 @@ class MF0_API ElementImpl {
  private:
   friend class ModelImpl;
   friend class ElementPool;
-  friend class Links;
   friend struct Raw;
 
-  enum Flags : std::uint16_t {
+  enum Flags : std::uint8_t {
     kProxy = 1,
     kDestroyed = 2,
     kAttention = kProxy | kDestroyed,
@@ -333,9 +332,10 @@ class MF0_API ModelElement {
   }
 
   bool operator==(const ModelElement& other) const { return impl_ == other.impl_; }
-  /// Orders by identity.
+  /// Orders by identity; elements of different models that share one, in no particular order.
   std::strong_ordering operator<=>(const ModelElement& other) const {
-    return Uuid() <=> other.Uuid();
+    const std::strong_ordering order = Uuid() <=> other.Uuid();
+    return order != 0 ? order : std::compare_three_way()(impl_, other.impl_);
   }
 
  protected:
@@ -370,7 +370,7 @@ class Handle : public Super {
 
   Handle() = default;
   template <class I>
-    requires std::is_base_of_v<ElementImpl, I>
+    requires std::derived_from<I, typename X::Impl>
   explicit Handle(I* impl) : Super(impl) {}
 
   auto operator->() const { return static_cast<typename X::Impl*>(this->checked()); }

@@ -170,13 +170,12 @@ void compact(ElementImpl& owner, const PropertyInfo& property) noexcept {
 }
 
 void enter(ElementImpl& element) noexcept {
-  forEachOutgoing(
-      element, [&](const PropertyInfo& property, std::uint32_t position, ReferenceSlot& slot) {
-        if (slot.target == kNoElement) return;
-        ElementImpl& target = elementAt(element, slot.target);
-        reserveReferrer(target);  // a proxy that was loaded meanwhile may have taken the room
-        slot.back = noteReferrer(target, {element.id(), link(property, position)});
-      });
+  forEachOutgoing(element,
+                  [&](const PropertyInfo& property, std::uint32_t position, ReferenceSlot& slot) {
+                    if (slot.target == kNoElement) return;
+                    ElementImpl& target = elementAt(element, slot.target);
+                    slot.back = noteReferrer(target, {element.id(), link(property, position)});
+                  });
 }
 
 void withdraw(ElementImpl& element) noexcept {
@@ -188,8 +187,8 @@ void withdraw(ElementImpl& element) noexcept {
 void releaseSlots(ElementImpl& element, const PropertyInfo& property) noexcept {
   const ReferenceList list = std::exchange(Raw::at<ReferenceList>(element, property), {});
   if (!list.slots) return;
-  HoleIndexes& holes = element.model().holes();
-  if (!holes.empty()) holes.drop(HoleIndexes::key(element.id(), property.index));
+  ListIndexes& lists = element.model().lists();
+  if (!lists.empty()) lists.drop(ListIndexes::key(element.id(), property.index));
   arenaOf(element).release(list.slots - 1, (capacityOf(list.slots) + 1) * sizeof(ReferenceSlot));
 }
 

@@ -57,8 +57,8 @@ void closeGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t po
 /// Closes all gaps.
 void compact(ElementImpl& owner, const PropertyInfo& property) noexcept;
 
-/// Notes every outgoing reference of `element` at its target again (after `withdraw`); the room
-/// is still there as a rule.
+/// Notes every outgoing reference of `element` at its target again, after `withdraw`, which left
+/// the room.
 void enter(ElementImpl& element) noexcept;
 /// Takes the notes of every outgoing reference out of the targets; the slots stay filled.
 void withdraw(ElementImpl& element) noexcept;

@@ -142,8 +142,8 @@ struct CannotConvertToProxy : Message {
       : Message("CannotConvertToProxy", reason) {}
 };
 struct CannotResolveProxy : Message {
-  explicit CannotResolveProxy(std::string_view identity)
-      : Message("CannotResolveProxy", identity) {}
+  CannotResolveProxy(std::string_view identity, std::string_view reason)
+      : Message("CannotResolveProxy", identity, reason) {}
 };
 struct CannotDestroyReferencedElement : Message {
   explicit CannotDestroyReferencedElement(std::string_view type)

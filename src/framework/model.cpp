@@ -4,13 +4,13 @@
 #include <atomic>
 
 #include "framework/change_set.h"
-#include "framework/creation.h"
 #include "framework/links.h"
 #include "framework/model_impl.h"
 #include "framework/raw.h"
 #include "framework/references.h"
 #include "framework/undo.h"
 #include "framework/values.h"
+#include "host/array.h"
 
 namespace mf::zero {
 
@@ -19,8 +19,13 @@ namespace {
 /// Observers that keep answering each other's changes would never end.
 constexpr int kMostRounds = 10'000;
 
-/// Logs kept for the next commits, so that a commit need not allocate.
-constexpr std::size_t kSpareLogs = 2;
+std::exception_ptr doNotSettle() {
+  try {
+    reportException(mf0::messages::ObserversDoNotSettle());
+  } catch (...) {
+    return std::current_exception();
+  }
+}
 
 /// An observer that is a function.
 class FunctionObserver final : public Observer {
@@ -106,7 +111,7 @@ Transaction::Transaction(Transaction&& other) noexcept
 Transaction::~Transaction() {
   if (!model_) return;
   // Inner transactions that are still open go with the outer one.
-  while (isOpen()) model_->leave(model_->depth_, false, std::nullopt);
+  while (isOpen()) model_->leave(false, std::nullopt);
   model_->removeRef();
 }
 
@@ -116,7 +121,7 @@ void Transaction::end(bool keep, std::optional<Value> result) {
   if (!isOpen() || model_->depth_ != depth_) {
     reportException(mf0::messages::CannotEndTransaction());
   }
-  model_->leave(depth_, keep, std::move(result));
+  model_->leave(keep, std::move(result));
 }
 
 void Transaction::commit(std::optional<Value> result) { end(true, std::move(result)); }
@@ -127,8 +132,7 @@ void Transaction::rollback() { end(false, std::nullopt); }
 
 ModelImpl::ModelImpl(bool shared)
     : log_(std::make_unique<UndoLog>(*this)), pool_(*this), identities_(pool_), shared_(shared) {
-  spare_.reserve(kSpareLogs);
-  spare_.push_back(std::make_unique<UndoLog>(*this));
+  spare_ = std::make_unique<UndoLog>(*this);
 }
 
 ModelImpl::~ModelImpl() {
@@ -157,13 +161,14 @@ void ModelImpl::refuseWrite() const {
 void ModelImpl::close() {
   if (!isQuiet()) reportException(mf0::messages::CannotCloseModelInTransaction());
   const Model keep(this);
+  const vexal::ReleasePause pause;
   pool_.forEach([this](ElementImpl& element) {
     Raw::setDestroyed(element, true);
     undo::discard(*this, element);
   });
   liveElements_ = 0;
   identities_.clear();
-  holes_.clear();
+  lists_.clear();
   loader_.reset();
   setState(kClosed, true);
 }
@@ -280,46 +285,52 @@ Transaction ModelImpl::beginTransaction(bool outermost) {
 }
 
 std::uint32_t ModelImpl::enter() {
+  if (state_ & kNoSpare) makeSpare();
   open_.push_back({mark_, ++lastSerial_});
   mark_ = log_->records.size();
   setState(kRecording, true);
   return ++depth_;
 }
 
-void ModelImpl::leave(std::uint32_t depth, bool keep, std::optional<Value> result) {
-  if (!keep) rollbackTo(mark_);
-  depth_ = depth - 1;
+void ModelImpl::leave(bool keep, std::optional<Value> result) {
+  if (keep) {
+    endInnermost();
+  } else {
+    // Ending an array may run foreign code, which must find the transaction ended.
+    const vexal::ReleasePause pause;
+    rollbackTo(mark_);
+    endInnermost();
+  }
+  if (depth_ == 0 && !log_->empty()) publish(std::move(result));
+}
+
+void ModelImpl::endInnermost() noexcept {
   mark_ = open_.back().outerMark;
   open_.pop_back();
-  if (depth_ > 0) return;
-  setState(kRecording, false);
-  if (!log_->empty()) publish(std::move(result));
+  if (--depth_ == 0) setState(kRecording, false);
 }
 
 void ModelImpl::rollbackTo(std::size_t mark) noexcept {
   std::vector<UndoRecord>& records = log_->records;
+  if (records.size() == mark) return;
   while (records.size() > mark) {
     const UndoRecord record = records.back();
     records.pop_back();
     undo::revert(*this, record);
   }
-  holes_.clear();
-  // Loading is not undone; the other ends of what was loaded may be others again.
-  for (const ElementId id : log_->loaded) {
-    if (Raw::isPlain(*pool_.at(id))) Creation::matchEnds(*pool_.at(id));
-  }
+  lists_.clear();
   log_->shrunk();
 }
 
-ModelImpl::Scope::Scope(ModelImpl& model) : model_(model), depth_(model.enter()) {}
+ModelImpl::Scope::Scope(ModelImpl& model) : model_(model) { model_.enter(); }
 
 ModelImpl::Scope::~Scope() {
-  if (open_) model_.leave(depth_, false, std::nullopt);
+  if (open_) model_.leave(false, std::nullopt);
 }
 
 void ModelImpl::Scope::done() {
   open_ = false;
-  model_.leave(depth_, true, std::nullopt);
+  model_.leave(true, std::nullopt);
 }
 
 // ModelImpl: observers
@@ -339,7 +350,8 @@ Subscription ModelImpl::observe(std::function<void(const ChangeSet&)> observer) 
 }
 
 void ModelImpl::dropEndedObservers() {
-  if (!pending_.empty()) return;  // somebody is being told; done afterwards
+  setState(kObserverEnded, told_ != nullptr);
+  if (told_) return;  // somebody is being told; done afterwards
   const auto ended = std::stable_partition(observers_.begin(), observers_.end(),
                                            [](const auto& entry) { return entry->observer; });
   // They go last: one may hold a subscription of its own.
@@ -349,69 +361,79 @@ void ModelImpl::dropEndedObservers() {
   setState(kObserved, !observers_.empty());
 }
 
-UndoLog* ModelImpl::logAfter(const UndoLog& log) {
-  if (&log == log_.get()) return nullptr;
-  const auto at = std::find_if(pending_.begin(), pending_.end(),
-                               [&](const Pending& pending) { return pending.log.get() == &log; });
-  const auto next = at == pending_.end() ? at : at + 1;
-  return next == pending_.end() ? log_.get() : next->log.get();
-}
-
 // Ending what a log kept alive may run foreign code, that of a host object's payload: the log is
 // out of the model by then, and nothing of the model is half done.
 void ModelImpl::finish(std::unique_ptr<UndoLog> log) noexcept {
   if (isIdle()) references::tidyAfter(*this, log->records);
   for (const UndoRecord& record : log->records) undo::settle(*this, record);
   log->clear();
-  if (spare_.size() < spare_.capacity()) spare_.push_back(std::move(log));
+  if (spare_ && spare_->next) return;
+  log->next = std::move(spare_);
+  spare_ = std::move(log);
+  setState(kNoSpare, false);
 }
 
-std::unique_ptr<UndoLog> ModelImpl::takeLog() {
-  std::unique_ptr<UndoLog> fresh;
-  if (spare_.empty()) {
-    fresh = std::make_unique<UndoLog>(*this);
-  } else {
-    fresh = std::move(spare_.back());
-    spare_.pop_back();
-  }
+std::unique_ptr<UndoLog> ModelImpl::takeLog() noexcept {
+  std::unique_ptr<UndoLog> fresh = std::move(spare_);
+  spare_ = std::move(fresh->next);
+  setState(kNoSpare, !spare_);
   return std::exchange(log_, std::move(fresh));
 }
 
+void ModelImpl::prepareWrite() {
+  if (state_ & (kFrozen | kClosed)) refuseWrite();
+  makeSpare();
+}
+
+void ModelImpl::makeSpare() {
+  spare_ = std::make_unique<UndoLog>(*this);
+  setState(kNoSpare, false);
+}
+
 void ModelImpl::publish(std::optional<Value> result) {
-  if (observers_.empty() && pending_.empty()) return finish(takeLog());
-  const bool beingTold = !pending_.empty();
-  pending_.push_back({takeLog(), std::move(result)});
-  if (!beingTold) drain();
+  std::unique_ptr<UndoLog> log = takeLog();
+  if (observers_.empty() && !told_) return finish(std::move(log));
+  log->result = std::move(result);
+  UndoLog* const last = std::exchange(lastTold_, log.get());
+  if (told_) {
+    last->next = std::move(log);
+  } else {
+    told_ = std::move(log);
+    drain();
+  }
 }
 
 void ModelImpl::drain() {
   const Model keep(this);
   std::exception_ptr first;
-  for (int round = 0; !pending_.empty(); ++round) {
-    try {
-      if (round == kMostRounds) reportException(mf0::messages::ObserversDoNotSettle());
-      Pending& oldest = pending_.front();
-      if (round < kMostRounds) tell(ChangeSet(*oldest.log, std::move(oldest.result)), first);
-    } catch (...) {
-      if (!first) first = std::current_exception();
+  for (int round = 0; told_; ++round) {
+    if (round < kMostRounds) {
+      tell(*told_, first);
+    } else if (!first) {
+      first = doNotSettle();
     }
-    std::unique_ptr<UndoLog> told = std::move(pending_.front().log);
-    pending_.erase(pending_.begin());
+    std::unique_ptr<UndoLog> told = std::move(told_);
+    told_ = std::move(told->next);
     finish(std::move(told));
   }
-  dropEndedObservers();
+  if (state_ & kObserverEnded) dropEndedObservers();
   if (first) std::rethrow_exception(first);
 }
 
-void ModelImpl::tell(const ChangeSet& changes, std::exception_ptr& first) {
-  if (changes.empty()) return;  // everything ended where it began
-  // By position: an observer may add or end observers.
+void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
+  const ChangeSet changes(log);
+  // By position: an observer may add observers or end them; ended ones stay until all are told.
   const std::size_t count = observers_.size();
+  try {
+    if (changes.empty()) return;  // everything ended where it began
+  } catch (...) {
+    if (!first) first = std::current_exception();
+  }
   for (std::size_t i = 0; i < count; ++i) {
-    const std::shared_ptr<Subscription::Entry> entry = observers_[i];
-    if (!entry->observer) continue;
+    Observer* const observer = observers_[i]->observer;
+    if (!observer) continue;
     try {
-      entry->observer->changed(changes);
+      observer->changed(changes);
     } catch (...) {
       if (!first) first = std::current_exception();
     }

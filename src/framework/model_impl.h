@@ -13,8 +13,8 @@
 #include "framework/element.h"
 #include "framework/element_pool.h"
 #include "framework/export.h"
-#include "framework/hole_index.h"
 #include "framework/identity_index.h"
+#include "framework/list_index.h"
 #include "framework/model.h"
 #include "framework/undo_log.h"
 
@@ -73,18 +73,19 @@ class MF0_API ModelImpl {
   ElementPool& pool() { return pool_; }
   IdentityIndex& identities() { return identities_; }
   UndoLog& log() { return *log_; }
-  HoleIndexes& holes() { return holes_; }
-  /// Raises CannotModifyFrozenModel or CannotUseClosedModel.
-  void checkWritable() const {
-    if (state_ & (kFrozen | kClosed)) [[unlikely]]
-      refuseWrite();
+  ListIndexes& lists() { return lists_; }
+  /// Stands before every change: raises CannotModifyFrozenModel or CannotUseClosedModel, and sees
+  /// to it that committing the change will not need memory.
+  void checkWritable() {
+    if (state_ & (kFrozen | kClosed | kNoSpare)) [[unlikely]]
+      prepareWrite();
   }
   /// Whether a change must be recorded: somebody may undo it or wants to hear of it.
   bool isRecording() const { return (state_ & (kRecording | kObserved)) != 0; }
   /// Whether positions in lists may be given anew.
   bool isIdle() const { return isQuiet() && cursors == 0 && !shared_; }
   /// Whether no record anywhere refers to elements or positions.
-  bool isQuiet() const { return depth_ == 0 && log_->empty() && pending_.empty(); }
+  bool isQuiet() const { return depth_ == 0 && log_->empty() && !told_; }
   /// Where the innermost transaction begins in the log.
   std::size_t mark() const { return mark_; }
   /// After a single change outside a transaction: tells the observers.
@@ -95,11 +96,16 @@ class MF0_API ModelImpl {
   void elementGone() { --liveElements_; }
   void elementBack() { ++liveElements_; }
   /// The log after `log` in time: pending ones, then the open one; null after the last.
-  UndoLog* logAfter(const UndoLog& log);
+  UndoLog* logAfter(const UndoLog& log) const {
+    if (log.next) return log.next.get();
+    return &log == log_.get() ? nullptr : log_.get();
+  }
+  /// Takes back what was recorded from `mark` on; does not allocate.
+  void rollbackTo(std::size_t mark) noexcept;
   /// Numbers and texts that a new element of the class starts with.
   void applyDefaults(ElementImpl& element);
   TextCache& texts() { return texts_; }
-  void refuseWrite() const;
+  [[noreturn]] void refuseWrite() const;
 
   /// An inner transaction of the runtime's own composite changes: undone unless `done`.
   class Scope {
@@ -113,7 +119,6 @@ class MF0_API ModelImpl {
 
    private:
     ModelImpl& model_;
-    std::uint32_t depth_;
     bool open_ = true;
   };
 
@@ -131,25 +136,30 @@ class MF0_API ModelImpl {
   friend class Subscription;
   struct Default;
 
-  enum State : std::uint32_t { kFrozen = 1, kClosed = 2, kRecording = 4, kObserved = 8 };
-  struct Pending {
-    std::unique_ptr<UndoLog> log;
-    std::optional<Value> result;
+  enum State : std::uint32_t {
+    kFrozen = 1,
+    kClosed = 2,
+    kNoSpare = 4,  ///< there is no log for the transaction after this one
+    kRecording = 8,
+    kObserved = 16,
+    kObserverEnded = 32  ///< and is to be dropped when nobody is being told
   };
 
+  void prepareWrite();
+  void makeSpare();
   std::uint32_t enter();
   /// Of the open transaction at that depth, 1 and up; 0 when none is.
   std::uint64_t serialAt(std::uint32_t depth) const {
     return depth > 0 && depth <= open_.size() ? open_[depth - 1].serial : 0;
   }
-  void leave(std::uint32_t depth, bool keep, std::optional<Value> result);
-  void rollbackTo(std::size_t mark) noexcept;
+  void leave(bool keep, std::optional<Value> result);
+  void endInnermost() noexcept;
   void publish(std::optional<Value> result);
   void drain();
   void dropEndedObservers();
-  void tell(const ChangeSet& changes, std::exception_ptr& first);
+  void tell(UndoLog& log, std::exception_ptr& first);
   void finish(std::unique_ptr<UndoLog> log) noexcept;
-  std::unique_ptr<UndoLog> takeLog();
+  std::unique_ptr<UndoLog> takeLog() noexcept;
   void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
   /// An element with empty values, unrecorded. The identity must be free.
   ElementImpl* newElement(const ClassInfo& info, const uuid& identity);
@@ -165,13 +175,14 @@ class MF0_API ModelImpl {
   std::vector<OpenTransaction> open_;  ///< outermost first
   std::uint64_t lastSerial_ = 0;
   std::unique_ptr<UndoLog> log_;
-  std::vector<Pending> pending_;  ///< committed, not yet told or being told, oldest first
-  std::vector<std::unique_ptr<UndoLog>> spare_;
+  std::unique_ptr<UndoLog> told_;  ///< committed and being told, and those that wait behind it
+  UndoLog* lastTold_ = nullptr;
+  std::unique_ptr<UndoLog> spare_;  ///< empty ones for the next transactions
   std::vector<std::shared_ptr<Subscription::Entry>> observers_;
   std::shared_ptr<ElementLoader> loader_;
   ElementPool pool_;
   IdentityIndex identities_;
-  HoleIndexes holes_;
+  ListIndexes lists_;
   TextCache texts_;
   std::vector<std::unique_ptr<std::vector<Default>>> defaults_;  ///< by class number
   std::size_t liveElements_ = 0;

@@ -30,31 +30,19 @@ const ChangeIndex::Entry* entryOf(UndoLog& log, const ElementImpl& element,
   return log.index().find(element.id(), property.index);
 }
 
-/// The next later log that touches the property; null when the present value is meant.
-UndoLog* nextTouching(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
-  UndoLog* next = log.model.logAfter(log);
-  while (next && !entryOf(*next, element, property)) next = log.model.logAfter(*next);
-  return next;
-}
-
-Slots slotsBefore(UndoLog& log, const ElementImpl& element, const PropertyInfo& property);
-
-Slots slotsAfter(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
-  if (UndoLog* next = nextTouching(log, element, property)) {
-    return slotsBefore(*next, element, property);
+/// The later logs that touch the property, oldest first. Those that observers have yet to be told
+/// of can be many.
+std::vector<UndoLog*> laterTouching(UndoLog& log, const ElementImpl& element,
+                                    const PropertyInfo& property) {
+  std::vector<UndoLog*> found;
+  for (UndoLog* next = log.model.logAfter(log); next; next = log.model.logAfter(*next)) {
+    if (entryOf(*next, element, property)) found.push_back(next);
   }
-  const ReferenceList& list = Raw::at<ReferenceList>(element, property);
-  Slots slots(list.size);
-  std::transform(list.slots, list.slots + list.size, slots.begin(),
-                 [](const ReferenceSlot& slot) { return slot.target; });
-  return slots;
+  return found;
 }
 
-Slots slotsBefore(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
-  Slots slots = slotsAfter(log, element, property);
-  const ChangeIndex::Entry* entry = entryOf(log, element, property);
-  if (!entry) return slots;
-  forEachStepBack(log, *entry, [&](const UndoRecord& record, std::uint32_t sub) {
+void takeBack(Slots& slots, UndoLog& log, const ChangeIndex::Entry& entry) {
+  forEachStepBack(log, entry, [&](const UndoRecord& record, std::uint32_t sub) {
     if (record.kind == UndoKind::kInsert) {
       const auto first = slots.begin() + record.position;
       slots.erase(first, first + record.count);
@@ -65,7 +53,6 @@ Slots slotsBefore(UndoLog& log, const ElementImpl& element, const PropertyInfo& 
       slots[links::positionOf(referrers->entries()[sub].link)] = record.element;
     }
   });
-  return slots;
 }
 
 Value listOf(const ElementImpl& element, const Slots& slots) {
@@ -76,66 +63,79 @@ Value listOf(const ElementImpl& element, const Slots& slots) {
   return Value::ofList(std::move(items));
 }
 
-Value itemsBefore(UndoLog& log, const ChangeIndex::Entry& entry, const PropertyInfo& property,
-                  const Value& after) {
-  std::vector<Value> items(after.items().begin(), after.items().end());
-  const auto old = [&](const UndoRecord& record) {
-    if (!values::isText(property)) return values::fromBits(property, record.old);
-    return Value(Text::share(record.old));
-  };
+void takeBack(std::vector<Value>& items, UndoLog& log, const ChangeIndex::Entry& entry,
+              const PropertyInfo& property) {
   forEachStepBack(log, entry, [&](const UndoRecord& record, std::uint32_t) {
     const auto at = items.begin() + record.position;
     if (record.kind == UndoKind::kValueInsert) {
       items.erase(at, at + record.count);
-    } else if (record.kind == UndoKind::kValueRemove) {
-      items.insert(at, old(record));
     } else {
-      *at = old(record);
+      items.insert(at, values::isText(property) ? Value(Text::share(record.old))
+                                                : values::fromBits(property, record.old));
     }
   });
+}
+
+/// A collection's present value with the changes of these logs taken back, the last one first.
+Value collectionBefore(const std::vector<UndoLog*>& logs, const ElementImpl& element,
+                       const PropertyInfo& property) {
+  if (property.isReferenceList()) {
+    const ReferenceList& list = Raw::at<ReferenceList>(element, property);
+    Slots slots(list.size);
+    std::transform(list.slots, list.slots + list.size, slots.begin(),
+                   [](const ReferenceSlot& slot) { return slot.target; });
+    for (auto log = logs.rbegin(); log != logs.rend(); ++log) {
+      takeBack(slots, **log, *entryOf(**log, element, property));
+    }
+    return listOf(element, slots);
+  }
+  const Value present = values::read(element, property);
+  std::vector<Value> items(present.items().begin(), present.items().end());
+  for (auto log = logs.rbegin(); log != logs.rend(); ++log) {
+    takeBack(items, **log, *entryOf(**log, element, property), property);
+  }
   return Value::ofList(std::move(items));
 }
 
-Value scalarBefore(const UndoRecord& record, std::uint32_t sub, const ElementImpl& element,
-                   const PropertyInfo& property) {
+/// The value before the first change of a log that touches the property.
+Value singleBefore(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
+  const ChangeIndex::Entry& entry = *entryOf(log, element, property);
+  const UndoRecord& record = log.records[log.index().step(entry.firstStep).record];
+  const auto handle = [&](ElementId id) { return ModelElement(Chunk::find(element, id)); };
   switch (record.kind) {
     case UndoKind::kText: return Text::share(record.old);
     case UndoKind::kArray: return Value::ofArray(reinterpret_cast<const vxArray*>(record.old));
     case UndoKind::kReference:
-      return record.old
-                 ? Value(ModelElement(Chunk::find(element, static_cast<ElementId>(record.old))))
-                 : Value();
-    case UndoKind::kDestroy:
-      static_cast<void>(sub);
-      return ModelElement(Chunk::find(element, record.element));
+      return record.old ? Value(handle(static_cast<ElementId>(record.old))) : Value();
+    case UndoKind::kDestroy: return handle(record.element);
     default: return values::fromBits(property, record.old);
   }
+}
+
+/// The value before all of these logs, oldest first, of which each touches the property.
+Value before(const std::vector<UndoLog*>& logs, const ElementImpl& element,
+             const PropertyInfo& property) {
+  if (logs.empty()) return values::read(element, property);
+  return property.has(kMany) ? collectionBefore(logs, element, property)
+                             : singleBefore(*logs.front(), element, property);
 }
 
 }  // namespace
 
 Value valueBefore(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
-  if (log.records.size() == 1 && isPlainSet(log.records.front().kind)) {
+  if (log.isOnePlainSet()) {  // no need of an index
     const UndoRecord& only = log.records.front();
     return only.element == element.id() && only.property == property.index
                ? values::fromBits(property, only.old)
                : valueAfter(log, element, property);
   }
-  const ChangeIndex::Entry* entry = entryOf(log, element, property);
-  if (!entry) return valueAfter(log, element, property);
-  if (property.isReferenceList()) return listOf(element, slotsBefore(log, element, property));
-  if (property.has(kMany)) {
-    return itemsBefore(log, *entry, property, valueAfter(log, element, property));
-  }
-  const ChangeIndex::Step first = log.index().step(entry->firstStep);
-  return scalarBefore(log.records[first.record], first.sub, element, property);
+  std::vector<UndoLog*> logs = laterTouching(log, element, property);
+  if (entryOf(log, element, property)) logs.insert(logs.begin(), &log);
+  return before(logs, element, property);
 }
 
 Value valueAfter(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
-  if (UndoLog* next = nextTouching(log, element, property)) {
-    return valueBefore(*next, element, property);
-  }
-  return values::read(element, property);
+  return before(laterTouching(log, element, property), element, property);
 }
 
 }  // namespace mf::zero::undo

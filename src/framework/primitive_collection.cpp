@@ -1,30 +1,14 @@
 #include "framework/primitive_collection.h"
 
 #include <algorithm>
-#include <string>
 
+#include "framework/collection_access.h"
 #include "framework/model_impl.h"
-#include "framework/raw.h"
 #include "framework/values.h"
 
 namespace mf::zero {
 
 namespace {
-
-[[noreturn]] void raiseOutOfRange(std::size_t index, std::size_t size) {
-  reportException(mf0::messages::IndexOutOfRange(std::to_string(index), std::to_string(size)));
-}
-
-PrimitiveList& readable(const ModelElement& owner, const PropertyInfo& property) {
-  Raw::prepareRead(*owner.impl());
-  return Raw::at<PrimitiveList>(*owner.impl(), property);
-}
-
-ElementImpl& writable(const ModelElement& owner) {
-  if (!Raw::isPlain(*owner.impl())) Raw::refuseChange(*owner.impl());
-  owner.impl()->model().checkWritable();
-  return *owner.impl();
-}
 
 /// An item on its way into a list: checked, and owned until it is in.
 class Item {
@@ -61,7 +45,6 @@ void removeOne(ElementImpl& owner, const PropertyInfo& property, std::size_t ind
   const bool recording = model.isRecording();
   if (recording) {
     model.log().add({.kind = UndoKind::kValueRemove,
-                     .ownsText = values::isText(property),
                      .property = property.index,
                      .element = owner.id(),
                      .position = static_cast<std::uint32_t>(index)});
@@ -85,11 +68,11 @@ Value filled(const PropertyInfo& property, const Value& value) {
 }  // namespace
 
 std::size_t AbstractPrimitiveCollection::size() const {
-  return values::countOf(*property_, readable(owner_, *property_));
+  return values::countOf(*property_, readable<PrimitiveList>(owner_, *property_));
 }
 
 Value AbstractPrimitiveCollection::valueAt(std::size_t index) const {
-  const PrimitiveList& list = readable(owner_, *property_);
+  const PrimitiveList& list = readable<PrimitiveList>(owner_, *property_);
   const std::size_t count = values::countOf(*property_, list);
   if (index >= count) raiseOutOfRange(index, count);
   return values::itemAt(*property_, list, index);
@@ -97,7 +80,7 @@ Value AbstractPrimitiveCollection::valueAt(std::size_t index) const {
 
 bool AbstractPrimitiveCollection::containsValue(const Value& value) const {
   const Value wanted = filled(*property_, value);
-  const PrimitiveList& list = readable(owner_, *property_);
+  const PrimitiveList& list = readable<PrimitiveList>(owner_, *property_);
   if (!isOrdered()) {
     return values::holdsAt(*property_, list, values::lowerBound(*property_, list, wanted), wanted);
   }
@@ -159,7 +142,7 @@ void AbstractPrimitiveCollection::assignValues(std::span<const Value> items) {
 }
 
 std::span<const double> AbstractPrimitiveCollection::reals() const {
-  const PrimitiveList& list = readable(owner_, *property_);
+  const PrimitiveList& list = readable<PrimitiveList>(owner_, *property_);
   return list.values ? std::span<const double>(list.values->reals) : std::span<const double>();
 }
 

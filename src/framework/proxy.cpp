@@ -9,6 +9,7 @@
 #include "framework/model_impl.h"
 #include "framework/raw.h"
 #include "framework/references.h"
+#include "host/array.h"
 
 namespace mf::zero {
 
@@ -22,10 +23,10 @@ ModelElement ModelImpl::createProxy(const ClassInfo& info, const uuid& identity)
     if (&known->classInfo() == &info) return ModelElement(known);
     reportException(mf0::messages::CannotCreateDuplicateIdentity(identity.toString()));
   }
-  // Neither recorded nor told: that an element exists elsewhere changes nothing here.
+  if (depth_ > 0) log_->add({.kind = UndoKind::kNothing});
   ElementImpl* proxy = newElement(info, identity);
   Raw::setProxy(*proxy, true);
-  log_->sawNewProxies = depth_ > 0;
+  if (depth_ > 0) log_->records.back() = {.kind = UndoKind::kProxy, .element = proxy->id()};
   return ModelElement(proxy);
 }
 
@@ -53,6 +54,10 @@ class Loading {
   bool nested_ = false;
 };
 
+[[noreturn]] void raiseCannotResolve(const ElementImpl& element, std::string_view reason) {
+  reportException(mf0::messages::CannotResolveProxy(element.Uuid().toString(), reason));
+}
+
 }  // namespace
 
 void ElementImpl::resolve() const {
@@ -63,13 +68,12 @@ void ElementImpl::resolve() const {
   const std::unique_ptr<BuilderValues> values =
       classInfo().native.newBuilder(classInfo(), getModel());
   const Loading loading(*this);
-  if (!loader || loading.isNested() || !loader->load(Uuid(), *values)) {
-    reportException(mf0::messages::CannotResolveProxy(Uuid().toString()));
+  if (loading.isNested()) raiseCannotResolve(*this, "it is being loaded already");
+  if (!loader || !loader->load(Uuid(), *values)) {
+    raiseCannotResolve(*this, "the model has no loader that knows it");
   }
   if (isDestroyed()) prepareRead();  // the loader's doing
-  if (model().isInTransaction()) model().log().loaded.push_back(id());
-  Creation::fillProxy(*keep.impl(), *values);
-  Raw::setProxy(*keep.impl(), false);
+  Creation::load(*keep.impl(), *values);
 }
 
 void ElementImpl::convertToProxy() {
@@ -81,6 +85,7 @@ void ElementImpl::convertToProxy() {
   if (!model().isQuiet()) {
     reportException(mf0::messages::CannotConvertToProxy("a transaction is open"));
   }
+  const vexal::ReleasePause pause;
   Creation::empty(*this);
   Raw::setProxy(*this, true);
 }

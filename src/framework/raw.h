@@ -27,6 +27,14 @@ struct Raw {
     std::memcpy(storage(element) + property.offset, &bits, size);
   }
 
+  /// The `size` bytes of the property's value.
+  static std::uint64_t load(const ElementImpl& element, const PropertyInfo& property,
+                            std::size_t size) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, storage(element) + property.offset, size);
+    return bits;
+  }
+
   // The header's fields, by name.
 
   static std::uint32_t& refs(ElementImpl& e) { return e.refs_; }

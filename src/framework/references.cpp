@@ -62,9 +62,9 @@ void putInList(ElementImpl& owner, const PropertyInfo& property, std::uint32_t p
   }
   links::openGap(owner, property, position, 1);
   links::place(owner, property, position, target);
-  if (!model.holes().empty()) {
-    const std::uint64_t key = HoleIndexes::key(owner.id(), property.index);
-    atEnd ? model.holes().appended(key) : model.holes().drop(key);
+  if (!model.lists().empty()) {
+    const std::uint64_t key = ListIndexes::key(owner.id(), property.index);
+    atEnd ? model.lists().appended(key, target.id(), position) : model.lists().drop(key);
   }
 }
 
@@ -79,8 +79,8 @@ void takeFromList(ElementImpl& owner, const PropertyInfo& property, std::uint32_
                      .old = list.slots[position].target});
   }
   links::unplace(owner, property, position);
-  if (!model.holes().empty()) {
-    model.holes().removed(HoleIndexes::key(owner.id(), property.index), position);
+  if (!model.lists().empty()) {
+    model.lists().removed(ListIndexes::key(owner.id(), property.index), position);
   }
 }
 
@@ -133,7 +133,7 @@ void tidy(ElementImpl& owner, const PropertyInfo& property) {
   ModelImpl& model = owner.model();
   if (!model.isIdle()) return;
   links::compact(owner, property);
-  model.holes().drop(HoleIndexes::key(owner.id(), property.index));
+  model.lists().drop(ListIndexes::key(owner.id(), property.index));
 }
 
 bool contains(const ElementImpl& container, const ElementImpl& element) {
@@ -190,6 +190,13 @@ void admit(const ElementImpl& owner, const PropertyInfo& property, const Element
 
 }  // namespace
 
+namespace {
+
+/// Beyond this, searching one after the other costs more than keeping an index.
+constexpr std::uint32_t kLongSearch = 64;
+
+}  // namespace
+
 std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& property,
                                   const ElementImpl* target) {
   if (!target || &target->model() != &owner.model()) return std::nullopt;
@@ -206,6 +213,10 @@ std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& 
   const ReferenceList& list = listOf(owner, property);
   IncomingList* referrers = Raw::incoming(held);
   if (!referrers) return std::nullopt;
+  if (std::min(referrers->size, list.size) > kLongSearch && !owner.model().isShared()) {
+    const std::uint64_t key = ListIndexes::key(owner.id(), property.index);
+    return owner.model().lists().slots(list, key).find(list, id);
+  }
   if (referrers->size < list.size) {
     const ElementId ownerId = owner.id();
     const std::uint32_t index = links::link(property, 0);

@@ -17,7 +17,7 @@ inline constexpr std::uint32_t kEnd = 0xffffffff;
 /// CannotAddIncompatibleTypes, CannotCreateCrossModelAssociation, CannotCreateContainmentCycle.
 void check(const ElementImpl& owner, const PropertyInfo& property, const ElementImpl* target);
 
-/// The slot that holds `target`; empty if none does. As cheap as the shorter of the two lists.
+/// The slot that holds `target`; empty if none does. Amortised constant time.
 std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& property,
                                   const ElementImpl* target);
 

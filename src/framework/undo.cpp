@@ -1,5 +1,6 @@
 #include "framework/undo.h"
 
+#include "framework/creation.h"
 #include "framework/links.h"
 #include "framework/model_impl.h"
 #include "framework/raw.h"
@@ -10,72 +11,21 @@ namespace mf::zero::undo {
 
 namespace {
 
-// Loading proxies is not recorded. What it has put into the way of an undo is taken out again.
-
-void takeOut(ModelImpl& model, ElementId owner, std::uint32_t link) noexcept {
-  ElementImpl& holder = *model.pool().at(owner);
-  links::unplace(holder, links::propertyOf(holder, link), links::positionOf(link));
-}
-
-void leaveOwner(ModelImpl& model, ElementImpl& element) noexcept {
-  if (Raw::owner(element) == kNoElement) return;
-  const ElementImpl& owner = *model.pool().at(Raw::owner(element));
-  const PropertyInfo& property = *owner.classInfo().findByIndex(Raw::ownerProperty(element));
-  takeOut(model, owner.id(), links::link(property, Raw::position(element)));
-}
-
-void leaveReferrers(ModelImpl& model, ElementImpl& element) noexcept {
-  while (Raw::incoming(element) && Raw::incoming(element)->size > 0) {
-    const Incoming last = Raw::incoming(element)->entries()[Raw::incoming(element)->size - 1];
-    takeOut(model, last.owner, last.link);
+void unplaceOutgoing(ElementImpl& element, const PropertyInfo& property, std::uint32_t position,
+                     std::uint32_t count) noexcept {
+  for (std::uint32_t i = position; i < position + count; ++i) {
+    if (links::slotAt(element, property, i).target != kNoElement) {
+      links::unplace(element, property, i);
+    }
   }
 }
 
-/// Fills a slot again. Room is there, unless a proxy that was loaded meanwhile took it.
-void putBack(ModelImpl& model, ElementImpl& owner, const PropertyInfo& property,
-             std::uint32_t position, ElementImpl& target) noexcept {
-  property.has(kContainment) ? leaveOwner(model, target) : links::reserveReferrer(target);
-  links::place(owner, property, position, target);
-}
-
 void revertCreate(ModelImpl& model, ElementImpl& element) noexcept {
-  leaveReferrers(model, element);
-  leaveOwner(model, element);
   links::withdraw(element);
   model.identities().remove(element);
   model.elementGone();
   Raw::setDestroyed(element, true);
   discard(model, element);
-}
-
-void leaveContents(ModelImpl& model, ElementImpl& element) noexcept {
-  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
-    if (!property.has(kContainment)) return;
-    const std::uint32_t count =
-        property.has(kMany) ? Raw::at<ReferenceList>(element, property).size : 1;
-    for (std::uint32_t i = 0; i < count; ++i) {
-      if (links::slotAt(element, property, i).target == kNoElement) continue;
-      takeOut(model, element.id(), links::link(property, i));
-    }
-  });
-}
-
-/// A proxy that was made for the identity of a destroyed element gives way to it.
-void replaceStandIn(ModelImpl& model, ElementImpl& element) noexcept {
-  ElementImpl* standIn =
-      model.log().sawNewProxies ? model.identities().find(element.Uuid()) : nullptr;
-  if (!standIn) return;
-  const bool fits = &standIn->classInfo() == &element.classInfo();
-  while (fits && Raw::incoming(*standIn) && Raw::incoming(*standIn)->size > 0) {
-    const Incoming last = Raw::incoming(*standIn)->entries()[Raw::incoming(*standIn)->size - 1];
-    ElementImpl& holder = *model.pool().at(last.owner);
-    takeOut(model, last.owner, last.link);
-    putBack(model, holder, links::propertyOf(holder, last.link), links::positionOf(last.link),
-            element);
-  }
-  leaveContents(model, *standIn);
-  std::erase(model.log().loaded, standIn->id());
-  revertCreate(model, *standIn);
 }
 
 void revertDestroy(ModelImpl& model, ElementImpl& element, IncomingList* referrers) noexcept {
@@ -90,30 +40,25 @@ void revertDestroy(ModelImpl& model, ElementImpl& element, IncomingList* referre
     links::slotAt(owner, property, links::positionOf(entry.link)) = {element.id(), i};
     if (property.has(kMany)) --Raw::at<ReferenceList>(owner, property).holes;
   }
-  replaceStandIn(model, element);
   model.identities().restore(element);
   model.elementBack();
 }
 
+void revertLoad(ElementImpl& element) noexcept {
+  Creation::empty(element);
+  Raw::setProxy(element, true);
+}
+
 void revertReference(ModelImpl& model, ElementImpl& element, const PropertyInfo& property,
                      ElementId old) noexcept {
-  if (Raw::at<ReferenceSlot>(element, property).target != kNoElement) {
-    links::unplace(element, property, 0);
-  }
-  if (old != kNoElement) putBack(model, element, property, 0, *model.pool().at(old));
+  unplaceOutgoing(element, property, 0, 1);
+  if (old != kNoElement) links::place(element, property, 0, *model.pool().at(old));
 }
 
 void revertInsert(ElementImpl& element, const PropertyInfo& property, std::uint32_t position,
                   std::uint32_t count) noexcept {
-  const ReferenceList& list = Raw::at<ReferenceList>(element, property);
-  for (std::uint32_t i = position; i < position + count; ++i) {
-    if (list.slots[i].target != kNoElement) links::unplace(element, property, i);
-  }
-  links::closeGap(element, property, position, count);
-}
-
-void dropRaw(const UndoRecord& record, std::uint64_t raw) noexcept {
-  if (record.ownsText) Text::adopt(raw);
+  unplaceOutgoing(element, property, position, count);
+  if (property.has(kMany)) links::closeGap(element, property, position, count);
 }
 
 void revertValues(ElementImpl& element, const PropertyInfo& property,
@@ -123,13 +68,9 @@ void revertValues(ElementImpl& element, const PropertyInfo& property,
     values::insertRaw(property, items, record.position, record.old);
     return;
   }
-  const std::uint32_t count = record.kind == UndoKind::kValueSet ? 1 : record.count;
-  for (std::uint32_t i = 0; i < count; ++i) {
+  for (std::uint32_t i = 0; i < record.count; ++i) {
     const std::uint64_t raw = values::removeRaw(property, items, record.position);
     if (values::isText(property)) Text::adopt(raw);
-  }
-  if (record.kind == UndoKind::kValueSet) {
-    values::insertRaw(property, items, record.position, record.old);
   }
 }
 
@@ -147,6 +88,8 @@ void revert(ModelImpl& model, const UndoRecord& record) noexcept {
   if (record.kind == UndoKind::kDestroy) {
     return revertDestroy(model, element, reinterpret_cast<IncomingList*>(record.old));
   }
+  if (record.kind == UndoKind::kProxy) return revertCreate(model, element);
+  if (record.kind == UndoKind::kLoad) return revertLoad(element);
   const PropertyInfo& property = *element.classInfo().findByIndex(record.property);
   switch (record.kind) {
     case UndoKind::kWord: Raw::store(element, property, record.old, 8); break;
@@ -162,10 +105,11 @@ void revert(ModelImpl& model, const UndoRecord& record) noexcept {
     case UndoKind::kReference:
       revertReference(model, element, property, static_cast<ElementId>(record.old));
       break;
-    case UndoKind::kInsert: revertInsert(element, property, record.position, record.count); break;
+    case UndoKind::kInsert:
+    case UndoKind::kLoadInto: revertInsert(element, property, record.position, record.count); break;
     case UndoKind::kRemove:
-      putBack(model, element, property, record.position,
-              *model.pool().at(static_cast<ElementId>(record.old)));
+      links::place(element, property, record.position,
+                   *model.pool().at(static_cast<ElementId>(record.old)));
       break;
     default: revertValues(element, property, record); break;
   }
@@ -177,8 +121,11 @@ void settle(ModelImpl& model, const UndoRecord& record) noexcept {
     case UndoKind::kArray:
       vexal::deletePropertyArray(reinterpret_cast<vxArray*>(record.old));
       break;
-    case UndoKind::kValueRemove:
-    case UndoKind::kValueSet: dropRaw(record, record.old); break;
+    case UndoKind::kValueRemove: {
+      const ClassInfo& info = model.pool().at(record.element)->classInfo();
+      if (values::isText(*info.findByIndex(record.property))) Text::adopt(record.old);
+      break;
+    }
     case UndoKind::kDestroy: {
       ElementImpl& element = *model.pool().at(record.element);
       links::release(element, reinterpret_cast<IncomingList*>(record.old));

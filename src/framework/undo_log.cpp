@@ -56,17 +56,20 @@ void UndoLog::clear() {
   constexpr std::size_t kKept = 4096;  // room that is worth keeping for the next transaction
   records.clear();
   changes.clear();
+  result.reset();
   if (records.capacity() > kKept) records.shrink_to_fit();
   if (changes.capacity() > kKept) changes.shrink_to_fit();
+  shrunk();
+}
+
+void UndoLog::drop(std::size_t mark) {
+  records.erase(records.begin() + static_cast<std::ptrdiff_t>(mark), records.end());
   shrunk();
 }
 
 void UndoLog::shrunk() {
   indexed_ = false;
   newestId_ = kNoElement;
-  if (!records.empty()) return;
-  loaded.clear();
-  sawNewProxies = false;
 }
 
 // ChangeIndex
@@ -82,7 +85,7 @@ void ChangeIndex::extend(const std::vector<UndoRecord>& records, ModelImpl& mode
   for (; taken_ < records.size(); ++taken_) {
     const UndoRecord& record = records[taken_];
     const auto number = static_cast<std::uint32_t>(taken_);
-    if (record.kind == UndoKind::kNothing) continue;
+    if (record.kind == UndoKind::kNothing || isLoading(record.kind)) continue;
     if (record.kind == UndoKind::kCreate) {
       for (std::uint32_t i = 0; i < record.count; ++i) {
         note(record.element + i * record.position, kLifetime, number, i);

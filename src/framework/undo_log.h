@@ -3,11 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <vector>
 
 #include "framework/storage.h"
+#include "framework/value.h"
 
 namespace mf::zero {
 
@@ -17,6 +19,9 @@ enum class UndoKind : std::uint8_t {
   kNothing,      ///< a record that was withdrawn
   kCreate,       ///< `count` elements from `element` on, `position` cell units apart
   kDestroy,      ///< `old`: the list of its referrers
+  kProxy,        ///< a proxy was made; not told
+  kLoad,         ///< a proxy was loaded; not told
+  kLoadInto,     ///< `count` contents from `position` on came with it; not told
   kWord,         ///< eight bytes; `old`: the bits before
   kHalf,         ///< four bytes
   kByte,         ///< one byte
@@ -27,8 +32,13 @@ enum class UndoKind : std::uint8_t {
   kRemove,       ///< the slot at `position` was emptied; `old`: id of its target
   kValueInsert,  ///< `count` values from `position` on were put into a primitive list
   kValueRemove,  ///< the value at `position` was taken out; `old`: its bits or text
-  kValueSet,     ///< the value at `position` was replaced; `old`: its bits or text
 };
+
+/// Whether the record is of what observers are not told: that an element which exists elsewhere has
+/// come into memory.
+constexpr bool isLoading(UndoKind kind) {
+  return kind == UndoKind::kProxy || kind == UndoKind::kLoad || kind == UndoKind::kLoadInto;
+}
 
 /// Whether the record is the replacement of one plain number, flag or literal.
 constexpr bool isPlainSet(UndoKind kind) {
@@ -37,7 +47,6 @@ constexpr bool isPlainSet(UndoKind kind) {
 
 struct UndoRecord {
   UndoKind kind;
-  bool ownsText = false;  ///< for the value kinds: `old` is an owned text
   std::uint16_t property = 0;
   ElementId element = kNoElement;
   std::uint32_t position = 0;
@@ -92,6 +101,8 @@ class UndoLog {
   ~UndoLog();
 
   bool empty() const { return records.empty(); }
+  /// Whether all that happened is that one plain value was replaced: the most frequent change.
+  bool isOnePlainSet() const { return records.size() == 1 && isPlainSet(records.front().kind); }
   /// Adds a record; may throw std::bad_alloc, so it stands before the change.
   void add(const UndoRecord& record) { records.push_back(record); }
   /// Whether the newest record, after `mark`, is the creation of this very element: undoing that
@@ -106,16 +117,17 @@ class UndoLog {
                   std::size_t mark);
   /// The up-to-date index of the log; drop it when records are taken back.
   ChangeIndex& index();
+  /// Forgets the records from `mark` on, of which none keeps anything alive.
+  void drop(std::size_t mark);
   /// To be called when records were taken back.
   void shrunk();
   void clear();
 
   ModelImpl& model;
   std::vector<UndoRecord> records;
-  // What happened meanwhile without being recorded.
-  std::vector<ElementId> loaded;  ///< proxies that were
-  bool sawNewProxies = false;
-  std::vector<Change> changes;  ///< room for the change set, kept between commits
+  std::optional<Value> result;    ///< what the commit was given
+  std::unique_ptr<UndoLog> next;  ///< the later one, in a queue of logs
+  std::vector<Change> changes;    ///< room for the change set, kept between commits
 
  private:
   ElementId newestId_ = kNoElement;

@@ -16,8 +16,9 @@ constinit Pool<sizeof(vxArray)> headers;
 constinit ArrayCounts counts;
 constinit std::atomic<std::uint64_t> misusedReleases{0};
 
-// Arrays released on other threads, linked through their tags.
+// Arrays released on other threads or during a pause, linked through their tags.
 constinit std::atomic<vxArray*> putAside{nullptr};
+constinit std::size_t pauses = 0;
 
 Role roleOf(const vxArray& array) noexcept { return static_cast<Role>(array.tag & kRoleBits); }
 
@@ -73,7 +74,7 @@ void releaseAs(Role role, vxArray* array) noexcept {
   if (array == nullptr) return;
   if (roleOf(*array) != role) {
     ++misusedReleases;
-  } else if (onHostThread()) {
+  } else if (onHostThread() && pauses == 0) {
     releaseHere(array, role);
   } else {
     releaseLater(array, role);
@@ -83,7 +84,7 @@ void releaseAs(Role role, vxArray* array) noexcept {
 }  // namespace
 
 vxArray* newHeader(ContentRef content, Role role) {
-  if (putAside.load(std::memory_order_relaxed) != nullptr) [[unlikely]]
+  if (putAside.load(std::memory_order_relaxed) != nullptr && pauses == 0) [[unlikely]]
     releasePutAside();
   void* const memory = headers.take();
   countNew(role);
@@ -96,6 +97,14 @@ void destroy(vxArray* array) noexcept { detail::releaseAs(detail::Role::Plain, a
 
 void deletePropertyArray(vxArray* array) noexcept {
   detail::releaseAs(detail::Role::Property, array);
+}
+
+ReleasePause::ReleasePause() noexcept : counts_(detail::onHostThread()) {
+  detail::pauses += counts_;
+}
+
+ReleasePause::~ReleasePause() {
+  if (counts_ && --detail::pauses == 0) detail::releasePutAside();
 }
 
 ArrayPtr deepCopy(const vxArray* array) {

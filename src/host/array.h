@@ -46,6 +46,20 @@ VEXAL_API void destroy(vxArray* array) noexcept;
 /// array is not a property copy.
 VEXAL_API void deletePropertyArray(vxArray* array) noexcept;
 
+/// While one exists, arrays that this thread releases are put aside; the last one to end releases
+/// them. For code in the midst of a change: what an object array stands for may be foreign code,
+/// which had better find everything whole. For the host's thread.
+class VEXAL_API ReleasePause {
+ public:
+  ReleasePause() noexcept;
+  ReleasePause(const ReleasePause&) = delete;
+  ReleasePause& operator=(const ReleasePause&) = delete;
+  ~ReleasePause();
+
+ private:
+  bool counts_;
+};
+
 struct ArrayDeleter {
   void operator()(vxArray* array) const noexcept { destroy(array); }
 };

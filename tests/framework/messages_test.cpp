@@ -37,7 +37,7 @@ std::vector<Message> oneOfEach() {
       CannotEndTransaction(),
       CannotCloseModelInTransaction(),
       CannotConvertToProxy("@one"),
-      CannotResolveProxy("@one"),
+      CannotResolveProxy("@one", "@two"),
       CannotDestroyReferencedElement("@one"),
       NoSuchProperty("@one", "@two"),
       NoSuchElement(),

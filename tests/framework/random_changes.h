@@ -2,8 +2,8 @@
 // plain pictures of the model: what fails must change nothing, a rollback must lead
 // back to where its transaction began, and what observers are told must lead from the
 // picture before a commit to the one after it. With proxies, which come and go without
-// being recorded or told, only the bookkeeping is looked at. Driven by numbers from
-// anywhere.
+// being told, only the bookkeeping and what a rollback leads back to are looked at. Driven
+// by numbers from anywhere.
 #pragma once
 
 #include <algorithm>
@@ -159,7 +159,7 @@ class RandomChanges {
     const Picture before = first->before;
     if (std::next(first) == open_.end() && choose_(2)) first->transaction.rollback();
     open_.erase(first, open_.end());
-    compare("rolled back", before, pictureOf(model_));
+    complain("rolled back", differences(before, pictureOf(model_)));
   }
 
   // Elements

@@ -69,6 +69,22 @@ TEST_F(ReferenceCollectionTest, AnElementIsHeldOnceHoweverLongTheLists) {
         [&] { beds[50]->getShadowsMutable().add(all[i]); });
     EXPECT_EQ(beds[50].shadows().indexOf(all[i]), i);
   }
+  // What the long search remembers must follow each kind of change.
+  auto shadows = beds[50]->getShadowsMutable();
+  shadows.remove(all[57]);
+  EXPECT_FALSE(shadows.contains(all[57]));
+  shadows.add(all[57]);
+  EXPECT_EQ(shadows.indexOf(all[57]), 199U);
+  shadows.move(199, 3);
+  EXPECT_EQ(shadows.indexOf(all[57]), 3U);
+  all[4]->destroy();
+  EXPECT_EQ(shadows.indexOf(all[5]), 5U);
+  {
+    const Transaction undone = model->beginTransaction();
+    shadows.insert(0, plant());
+    EXPECT_EQ(shadows.indexOf(all[57]), 4U);
+  }
+  EXPECT_EQ(shadows.indexOf(all[57]), 3U);
   const Bed sunny = bed();
   expectRefused<messages::CannotAddSecondObject>(
       [&] { sunny->getShadowsMutable().append(Elements{all[0], all[0]}); });

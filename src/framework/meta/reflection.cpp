@@ -31,7 +31,8 @@ Property propertyOf(const PropertyInfo& info) {
 }
 
 Enum enumOf(const EnumInfo& info) {
-  return Enum(static_cast<Enum::Impl*>(registered(info.meta, nullptr, info.qualifiedName)));
+  return Enum(
+      static_cast<Enum::Impl*>(registered(info.meta, info.ensureRegistered, info.qualifiedName)));
 }
 
 const PropertyInfo& infoOf(const Property& property) {

@@ -44,9 +44,11 @@ class Staged {
       staged_.editor_.store(std::thread::id(), std::memory_order_relaxed);
       staged_.next_.reset();
     }
+    /// Makes it the present version; no more changes then.
     void publish() noexcept {
       const std::unique_lock lock(staged_.mutex_);
       std::swap(staged_.now_, *staged_.next_);
+      staged_.editor_.store(std::thread::id(), std::memory_order_relaxed);
     }
 
    private:

@@ -86,6 +86,7 @@ static constexpr LiteralInfo kCoverLiterals[] = {
     {u"Paper", 2, "b9297a29-9604-378d-b9aa-5d35332b29f6"_uuid},
 };
 constinit const EnumInfo EnumTraits<shelf::Cover>::kInfo = {
-    u"Cover", "shelf.Cover", "5525c059-b9f7-3922-9036-07b6cac9455f"_uuid, kCoverLiterals};
+    u"Cover", "shelf.Cover", "5525c059-b9f7-3922-9036-07b6cac9455f"_uuid, kCoverLiterals,
+    &shelf::MetaPackageShelf::ensureRegistered};
 
 }  // namespace mf::zero
