@@ -212,7 +212,7 @@ void Creation::load(ElementImpl& proxy, const BuilderValues& values) {
   ModelImpl& model = proxy.model();
   const std::size_t mark = model.log().records.size();
   model.log().add({.kind = UndoKind::kLoad, .element = proxy.id()});
-  model.applyDefaults(proxy);
+  Raw::layout(proxy).applyDefaults(proxy);
   try {
     for (const BuilderValues::Item& item : values.items_) {
       storeLoaded(proxy, *item.property, item.value);

@@ -14,15 +14,14 @@ namespace {
 
 template <class Visit>
 void forEachContained(const ElementImpl& element, Visit&& visit) {
-  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
-    if (!property.has(kContainment)) return;
+  for (const PropertyInfo* property : Raw::layout(element).containments()) {
     const std::uint32_t count =
-        property.has(kMany) ? Raw::at<ReferenceList>(element, property).size : 1;
+        property->has(kMany) ? Raw::at<ReferenceList>(element, *property).size : 1;
     for (std::uint32_t i = 0; i < count; ++i) {
-      const ElementId child = links::slotAt(element, property, i).target;
+      const ElementId child = links::slotAt(element, *property, i).target;
       if (child != kNoElement) visit(*Chunk::find(element, child));
     }
-  });
+  }
 }
 
 /// The element and everything it contains, owners before contents; no recursion.

@@ -155,15 +155,6 @@ void BlockArena::release(void* block, std::size_t bytes) noexcept {
 
 namespace {
 
-bool ownsOutsideMemory(const ClassInfo& info) {
-  bool owns = false;
-  forEachProperty(info, [&](const PropertyInfo& property) {
-    owns |= property.kind == ValueKind::kString || property.kind == ValueKind::kArray ||
-            (property.has(kMany) && property.kind != ValueKind::kElement);
-  });
-  return owns;
-}
-
 ElementStorage* storageOf(ElementImpl& element) {
   return reinterpret_cast<ElementStorage*>(Raw::storage(element));
 }
@@ -172,11 +163,9 @@ ElementStorage* storageOf(ElementImpl& element) {
 
 ElementPool::~ElementPool() {
   for (const Cells& cells : cells_) {
-    if (!cells.first || !ownsOutsideMemory(*cells.first->info)) continue;
-    const auto end = [](ElementImpl& element) {
-      element.classInfo().native.destroyStorage(storageOf(element));
-    };
-    for (const Chunk* chunk = cells.first; chunk; chunk = chunk->next) forEachIn(*chunk, end);
+    if (!cells.first || !cells.layout->ownsOutsideMemory()) continue;
+    const ClassInfo& info = *cells.first->info;
+    forEach(info, [&](ElementImpl& element) { info.native.destroyStorage(storageOf(element)); });
   }
 }
 
@@ -185,7 +174,7 @@ const Chunk* ElementPool::firstChunk(const ClassInfo& info) const {
   return number < cells_.size() ? cells_[number].first : nullptr;
 }
 
-ElementPool::Cells& ElementPool::cellsOf(const ClassInfo& info) {
+ElementPool::Cells& ElementPool::addCells(const ClassInfo& info) {
   const std::uint32_t number = numberOf(info);
   if (number >= cells_.size()) cells_.resize(number + 1);
   return cells_[number];
@@ -195,10 +184,12 @@ Chunk* ElementPool::addChunk(const ClassInfo& info, Cells& cells) {
   if (chunks_.size() >= kMaxChunks) {
     reportException(mf0::messages::ModelIsFull("elements"));
   }
+  if (!cells.layout) cells.layout = std::make_unique<const ClassLayout>(info);
   chunks_.push_back(nullptr);
   auto* chunk = new (arena_.chunk()) Chunk{};
   chunk->model = &model_;
   chunk->info = &info;
+  chunk->layout = cells.layout.get();
   chunk->pool = this;
   chunk->firstId = static_cast<std::uint32_t>((chunks_.size() - 1) * kUnitsPerChunk);
   chunk->cellUnits = static_cast<std::uint32_t>(
@@ -223,6 +214,7 @@ ElementImpl* ElementPool::create(const ClassInfo& info, const uuid& identity) {
     cell = reinterpret_cast<std::byte*>(chunk) + chunk->used * kCellUnit;
     chunk->used += chunk->cellUnits;
   }
+  ++cells.inUse;
   return info.native.construct(cell, identity);
 }
 
@@ -230,6 +222,7 @@ void ElementPool::release(ElementImpl* element) noexcept {
   const ClassInfo& info = element->classInfo();
   info.native.destroyStorage(storageOf(*element));
   Cells& cells = cells_[info.number.load(std::memory_order_relaxed)];
+  --cells.inUse;
   cells.free = new (element) FreeCell{nullptr, cells.free};
   ASAN_POISON_MEMORY_REGION(cells.free + 1, cells.last->cellUnits * kCellUnit - sizeof(FreeCell));
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "framework/class_info.h"
+#include "framework/class_layout.h"
 #include "framework/export.h"
 #include "framework/storage.h"
 
@@ -28,6 +29,7 @@ inline constexpr std::size_t kStorageOffset = 48;
 struct Chunk {
   ModelImpl* model;
   const ClassInfo* info;
+  const ClassLayout* layout;
   ElementPool* pool;
   std::uint32_t firstId;  ///< id of the chunk's first unit, the head itself
   std::uint32_t cellUnits;
@@ -108,20 +110,24 @@ class MF0_API ElementPool {
                                           id % kUnitsPerChunk * kCellUnit);
   }
 
-  /// Calls `visit(ElementImpl&)` for every cell in use of the class itself, in creation order as
-  /// far as cells were not recycled.
+  /// Calls `test(ElementImpl&)` for the cells in use of the class itself, in creation order as far
+  /// as cells were not recycled, until it answers true; says whether it did.
+  template <class Test>
+  bool anyOf(const ClassInfo& info, Test&& test) const {
+    for (const Chunk* chunk = firstChunk(info); chunk; chunk = chunk->next) {
+      if (anyIn(*chunk, test)) return true;
+    }
+    return false;
+  }
+  /// Calls `visit(ElementImpl&)` for all of them.
   template <class Visit>
   void forEach(const ClassInfo& info, Visit&& visit) const {
-    for (const Chunk* chunk = firstChunk(info); chunk; chunk = chunk->next) {
-      forEachIn(*chunk, visit);
-    }
+    anyOf(info, [&](ElementImpl& element) { return visit(element), false; });
   }
   /// The same for every class.
   template <class Visit>
   void forEach(Visit&& visit) const {
-    for (const Cells& cells : cells_) {
-      for (const Chunk* chunk = cells.first; chunk; chunk = chunk->next) forEachIn(*chunk, visit);
-    }
+    forEachClass([&](const ClassInfo& info) { forEach(info, visit); });
   }
   /// Calls `visit(const ClassInfo&)` for every class that has had an element.
   template <class Visit>
@@ -129,6 +135,13 @@ class MF0_API ElementPool {
     for (const Cells& cells : cells_) {
       if (cells.first) visit(*cells.first->info);
     }
+  }
+
+  /// Cells in use: live elements, and destroyed ones that a handle or a record still holds.
+  std::size_t size() const {
+    std::size_t count = 0;
+    for (const Cells& cells : cells_) count += cells.inUse;
+    return count;
   }
 
   BlockArena& arena() { return arena_; }
@@ -143,21 +156,30 @@ class MF0_API ElementPool {
     Chunk* first = nullptr;
     Chunk* last = nullptr;
     FreeCell* free = nullptr;
+    std::size_t inUse = 0;
+    std::unique_ptr<const ClassLayout> layout;
   };
 
-  template <class Visit>
-  static void forEachIn(const Chunk& chunk, Visit& visit) {
+  template <class Test>
+  static bool anyIn(const Chunk& chunk, Test& test) {
     const auto base = reinterpret_cast<std::uintptr_t>(&chunk);
     for (std::size_t unit = firstUnit(); unit + chunk.cellUnits <= chunk.used;
          unit += chunk.cellUnits) {
       void* cell = reinterpret_cast<void*>(base + unit * kCellUnit);
-      if (static_cast<FreeCell*>(cell)->marker) visit(*static_cast<ElementImpl*>(cell));
+      if (static_cast<FreeCell*>(cell)->marker && test(*static_cast<ElementImpl*>(cell))) {
+        return true;
+      }
     }
+    return false;
   }
   static constexpr std::size_t firstUnit() { return (sizeof(Chunk) + kCellUnit - 1) / kCellUnit; }
   const Chunk* firstChunk(const ClassInfo& info) const;
   Chunk* addChunk(const ClassInfo& info, Cells& cells);
-  Cells& cellsOf(const ClassInfo& info);
+  Cells& cellsOf(const ClassInfo& info) {
+    const std::uint32_t number = info.number.load(std::memory_order_acquire);
+    return number > 0 && number < cells_.size() ? cells_[number] : addCells(info);
+  }
+  Cells& addCells(const ClassInfo& info);
 
   ModelImpl& model_;
   BlockArena arena_;

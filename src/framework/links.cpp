@@ -50,15 +50,14 @@ void moved(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posit
 
 template <class Visit>
 void forEachOutgoing(ElementImpl& element, Visit&& visit) {
-  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
-    if (property.kind != ValueKind::kElement || property.has(kContainment)) return;
-    if (!property.has(kMany)) {
-      visit(property, 0, Raw::at<ReferenceSlot>(element, property));
-      return;
+  for (const PropertyInfo* property : Raw::layout(element).references()) {
+    if (!property->has(kMany)) {
+      visit(*property, 0, Raw::at<ReferenceSlot>(element, *property));
+      continue;
     }
-    const ReferenceList& list = Raw::at<ReferenceList>(element, property);
-    for (std::uint32_t i = 0; i < list.size; ++i) visit(property, i, list.slots[i]);
-  });
+    const ReferenceList& list = Raw::at<ReferenceList>(element, *property);
+    for (std::uint32_t i = 0; i < list.size; ++i) visit(*property, i, list.slots[i]);
+  }
 }
 
 }  // namespace
@@ -193,9 +192,9 @@ void releaseSlots(ElementImpl& element, const PropertyInfo& property) noexcept {
 }
 
 void release(ElementImpl& element) noexcept {
-  forEachProperty(element.classInfo(), [&](const PropertyInfo& property) {
-    if (property.isReferenceList()) releaseSlots(element, property);
-  });
+  for (const PropertyInfo* property : Raw::layout(element).elementLists()) {
+    releaseSlots(element, *property);
+  }
   release(element, std::exchange(Raw::incoming(element), nullptr));
 }
 

@@ -23,7 +23,7 @@ inline std::uint32_t link(const PropertyInfo& property, std::uint32_t position) 
 }
 inline std::uint32_t positionOf(std::uint32_t link) { return link & (kMaxPositions - 1); }
 inline const PropertyInfo& propertyOf(const ElementImpl& owner, std::uint32_t link) {
-  return *owner.classInfo().findByIndex(link >> kPositionBits);
+  return Raw::layout(owner).property(link >> kPositionBits);
 }
 
 /// The slot at a position; position 0 of a single reference is the reference itself.

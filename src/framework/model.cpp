@@ -213,7 +213,7 @@ ElementImpl* ModelImpl::createElement(const ClassInfo& info, const uuid& identit
   }
   ElementImpl* element = newElement(info, identity.isNil() ? generateNewUuid() : identity);
   try {
-    if (withDefaults) applyDefaults(*element);
+    if (withDefaults) Raw::layout(*element).applyDefaults(*element);
     if (isRecording()) log_->noteCreated(element->id(), Chunk::of(element)->cellUnits, mark_);
   } catch (...) {
     identities_.remove(*element);
@@ -235,45 +235,6 @@ ElementImpl* ModelImpl::newElement(const ClassInfo& info, const uuid& identity) 
   }
   ++liveElements_;
   return element;
-}
-
-struct ModelImpl::Default {
-  const PropertyInfo* property;
-  std::uint64_t bits;
-  std::size_t size;
-  Text text;
-};
-
-const std::vector<ModelImpl::Default>& ModelImpl::defaultsOf(const ClassInfo& info) {
-  const std::uint32_t number = info.number.load(std::memory_order_relaxed);
-  if (number >= defaults_.size()) defaults_.resize(number + 1);
-  auto& known = defaults_[number];
-  if (known) return *known;
-  auto found = std::make_unique<std::vector<Default>>();
-  forEachProperty(info, [&](const PropertyInfo& property) {
-    if (!property.defaultValue || property.has(kMany)) return;
-    const Value value = values::parseDefault(property);
-    Default item{&property, 0, 0, {}};
-    if (property.kind == ValueKind::kString) {
-      item.text = Text(value.getValue<std::u16string>());
-    } else {
-      item.bits = value.bits();
-      item.size = values::sizeOf(property);
-    }
-    found->push_back(std::move(item));
-  });
-  known = std::move(found);
-  return *known;
-}
-
-void ModelImpl::applyDefaults(ElementImpl& element) {
-  for (const Default& item : defaultsOf(element.classInfo())) {
-    if (item.property->kind == ValueKind::kString) {
-      Raw::at<Text>(element, *item.property) = item.text;
-    } else {
-      Raw::store(element, *item.property, item.bits, item.size);
-    }
-  }
 }
 
 // ModelImpl: transactions

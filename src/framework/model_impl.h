@@ -102,8 +102,6 @@ class MF0_API ModelImpl {
   }
   /// Takes back what was recorded from `mark` on; does not allocate.
   void rollbackTo(std::size_t mark) noexcept;
-  /// Numbers and texts that a new element of the class starts with.
-  void applyDefaults(ElementImpl& element);
   TextCache& texts() { return texts_; }
   [[noreturn]] void refuseWrite() const;
 
@@ -134,7 +132,6 @@ class MF0_API ModelImpl {
   friend class Model::Freezer;
   friend class Model::Thawer;
   friend class Subscription;
-  struct Default;
 
   enum State : std::uint32_t {
     kFrozen = 1,
@@ -163,7 +160,6 @@ class MF0_API ModelImpl {
   void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
   /// An element with empty values, unrecorded. The identity must be free.
   ElementImpl* newElement(const ClassInfo& info, const uuid& identity);
-  const std::vector<Default>& defaultsOf(const ClassInfo& info);
 
   std::uint32_t state_ = 0;
   std::uint32_t depth_ = 0;
@@ -184,7 +180,6 @@ class MF0_API ModelImpl {
   IdentityIndex identities_;
   ListIndexes lists_;
   TextCache texts_;
-  std::vector<std::unique_ptr<std::vector<Default>>> defaults_;  ///< by class number
   std::size_t liveElements_ = 0;
   std::uint32_t refs_ = 0;
   bool shared_;

@@ -12,6 +12,9 @@
 namespace mf::zero {
 
 struct Raw {
+  static const ClassLayout& layout(const ElementImpl& element) {
+    return *Chunk::of(&element)->layout;
+  }
   static std::byte* storage(const ElementImpl& element) {
     return const_cast<std::byte*>(reinterpret_cast<const std::byte*>(&element)) + kStorageOffset;
   }
