@@ -19,9 +19,13 @@ class IdentityIndex {
   /// The element with that identity; null if there is none.
   ElementImpl* find(const uuid& identity);
   /// Notes a new element. Throws std::bad_alloc before anything changes.
-  void add(const ElementImpl& element);
+  void add(const ElementImpl& element) {
+    if (!table_.empty()) addToTable(element);
+  }
   /// Forgets an element that is about to go or is destroyed.
-  void remove(const ElementImpl& element) noexcept;
+  void remove(const ElementImpl& element) noexcept {
+    if (!table_.empty()) removeFromTable(element);
+  }
   /// Puts back an element that was forgotten; does not allocate.
   void restore(const ElementImpl& element) noexcept;
   /// Forgets everything; the next look-up builds anew.
@@ -29,9 +33,10 @@ class IdentityIndex {
   std::size_t bytes() const { return table_.capacity() * sizeof(ElementId); }
 
  private:
-  void build();
+  void addToTable(const ElementImpl& element);
+  void removeFromTable(const ElementImpl& element) noexcept;
   void rebuild(std::size_t capacity);
-  void put(ElementId id, const uuid& identity) noexcept;
+  void put(ElementId id, std::size_t slot) noexcept;
   std::size_t home(const uuid& identity) const {
     return static_cast<std::size_t>(((identity.high ^ (identity.low << 1)) * 0x9e3779b97f4a7c15U) >>
                                     32) &
