@@ -61,13 +61,11 @@ void ElementImpl::refuseChange() const {
 
 namespace {
 
-/// Notes the old bits of a plain value, unless undoing would restore it anyway.
-void noteOld(ModelImpl& model, const ElementImpl& element, UndoKind kind,
-             const PropertyInfo& property, std::uint64_t old) {
-  UndoLog& log = model.log();
-  const ElementId id = element.id();
-  if (log.coversNew(id, model.mark()) || log.hasSet(kind, id, property.index, model.mark())) return;
-  log.add({.kind = kind, .property = property.index, .element = id, .old = old});
+/// Whether undoing the newest record of the open transaction restores the value anyway.
+bool isCovered(const ModelImpl& model, const UndoLog& log, UndoKind kind, ElementId element,
+               const PropertyInfo& property) {
+  return model.isInTransaction() && (log.coversNew(element, model.mark()) ||
+                                     log.hasSet(kind, element, property.index, model.mark()));
 }
 
 template <class Bits>
@@ -81,7 +79,10 @@ void changePlain(ElementImpl& element, UndoKind kind, const PropertyInfo& proper
   }
   Bits old;
   std::memcpy(&old, slot, sizeof old);
-  noteOld(model, element, kind, property, old);
+  const ElementId id = element.id();
+  if (UndoLog& log = model.log(); !isCovered(model, log, kind, id, property)) {
+    log.add({.kind = kind, .property = property.index, .element = id, .old = old});
+  }
   std::memcpy(slot, &bits, sizeof bits);
   model.publishIfOutermost();
 }
@@ -89,9 +90,7 @@ void changePlain(ElementImpl& element, UndoKind kind, const PropertyInfo& proper
 /// Whether the old value of an owning property must be kept for undoing.
 bool mustKeep(ModelImpl& model, const ElementImpl& element, UndoKind kind,
               const PropertyInfo& property) {
-  const UndoLog& log = model.log();
-  return model.isRecording() && !log.coversNew(element.id(), model.mark()) &&
-         !log.hasSet(kind, element.id(), property.index, model.mark());
+  return model.isRecording() && !isCovered(model, model.log(), kind, element.id(), property);
 }
 
 }  // namespace

@@ -139,18 +139,12 @@ ModelImpl::~ModelImpl() {
   for (const auto& entry : observers_) entry->model = nullptr;
 }
 
-void ModelImpl::addRef() noexcept {
-  if (shared_) {
-    std::atomic_ref(refs_).fetch_add(1, std::memory_order_relaxed);
-  } else {
-    ++refs_;
-  }
+void ModelImpl::addSharedRef() noexcept {
+  std::atomic_ref(refs_).fetch_add(1, std::memory_order_relaxed);
 }
 
-void ModelImpl::removeRef() noexcept {
-  const bool last =
-      shared_ ? std::atomic_ref(refs_).fetch_sub(1, std::memory_order_acq_rel) == 1 : --refs_ == 0;
-  if (last) delete this;
+void ModelImpl::removeSharedRef() noexcept {
+  if (std::atomic_ref(refs_).fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
 }
 
 void ModelImpl::refuseWrite() const {
@@ -262,7 +256,10 @@ void ModelImpl::leave(bool keep, std::optional<Value> result) {
     rollbackTo(mark_);
     endInnermost();
   }
-  if (depth_ == 0 && !log_->empty()) publish(std::move(result));
+  if (depth_ > 0 || log_->empty()) return;
+  log_->result = std::move(result);
+  log_->mayBeVoid = true;
+  publish();
 }
 
 void ModelImpl::endInnermost() noexcept {
@@ -325,8 +322,10 @@ void ModelImpl::dropEndedObservers() {
 // Ending what a log kept alive may run foreign code, that of a host object's payload: the log is
 // out of the model by then, and nothing of the model is half done.
 void ModelImpl::finish(std::unique_ptr<UndoLog> log) noexcept {
-  if (isIdle()) references::tidyAfter(*this, log->records);
-  for (const UndoRecord& record : log->records) undo::settle(*this, record);
+  if (!log->isOnePlainSet()) {
+    if (isIdle()) references::tidyAfter(*this, log->records);
+    for (const UndoRecord& record : log->records) undo::settle(*this, record);
+  }
   log->clear();
   if (spare_ && spare_->next) return;
   log->next = std::move(spare_);
@@ -351,10 +350,9 @@ void ModelImpl::makeSpare() {
   setState(kNoSpare, false);
 }
 
-void ModelImpl::publish(std::optional<Value> result) {
+void ModelImpl::publish() {
   std::unique_ptr<UndoLog> log = takeLog();
   if (observers_.empty() && !told_) return finish(std::move(log));
-  log->result = std::move(result);
   UndoLog* const last = std::exchange(lastTold_, log.get());
   if (told_) {
     last->next = std::move(log);
@@ -383,18 +381,16 @@ void ModelImpl::drain() {
 
 void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
   const ChangeSet changes(log);
+  bool isVoid = false;
   // By position: an observer may add observers or end them; ended ones stay until all are told.
   const std::size_t count = observers_.size();
-  try {
-    if (changes.empty()) return;  // everything ended where it began
-  } catch (...) {
-    if (!first) first = std::current_exception();
-  }
-  for (std::size_t i = 0; i < count; ++i) {
-    Observer* const observer = observers_[i]->observer;
-    if (!observer) continue;
+  std::size_t i = 0;
+  while (i < count && !isVoid) {
     try {
-      observer->changed(changes);
+      isVoid = std::exchange(log.mayBeVoid, false) && changes.empty();
+      while (i < count && !isVoid) {
+        if (Observer* const observer = observers_[i++]->observer) observer->changed(changes);
+      }
     } catch (...) {
       if (!first) first = std::current_exception();
     }

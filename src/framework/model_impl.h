@@ -28,8 +28,14 @@ class MF0_API ModelImpl {
   ModelImpl& operator=(const ModelImpl&) = delete;
   ~ModelImpl();
 
-  void addRef() noexcept;
-  void removeRef() noexcept;
+  void addRef() noexcept { shared_ ? addSharedRef() : static_cast<void>(++refs_); }
+  void removeRef() noexcept {
+    if (shared_) {
+      removeSharedRef();
+    } else if (--refs_ == 0) {
+      delete this;
+    }
+  }
 
   /// Begins a transaction inside the open one, if any. With `outermost` set, raises
   /// CannotNestTransaction when another is open. Raises CannotUseClosedModel.
@@ -88,9 +94,9 @@ class MF0_API ModelImpl {
   bool isQuiet() const { return depth_ == 0 && log_->empty() && !told_; }
   /// Where the innermost transaction begins in the log.
   std::size_t mark() const { return mark_; }
-  /// After a single change outside a transaction: tells the observers.
+  /// After a single change: outside a transaction, tells the observers.
   void publishIfOutermost() {
-    if (depth_ == 0 && !log_->empty()) publish(std::nullopt);
+    if (depth_ == 0 && !log_->empty()) publish();
   }
   ElementImpl* createElement(const ClassInfo& info, const uuid& identity, bool withDefaults);
   void elementGone() { --liveElements_; }
@@ -144,6 +150,8 @@ class MF0_API ModelImpl {
 
   void prepareWrite();
   void makeSpare();
+  void addSharedRef() noexcept;
+  void removeSharedRef() noexcept;
   std::uint32_t enter();
   /// Of the open transaction at that depth, 1 and up; 0 when none is.
   std::uint64_t serialAt(std::uint32_t depth) const {
@@ -151,7 +159,7 @@ class MF0_API ModelImpl {
   }
   void leave(bool keep, std::optional<Value> result);
   void endInnermost() noexcept;
-  void publish(std::optional<Value> result);
+  void publish();
   void drain();
   void dropEndedObservers();
   void tell(UndoLog& log, std::exception_ptr& first);

@@ -24,17 +24,6 @@ void UndoLog::noteCreated(ElementId element, std::uint32_t cellUnits, std::size_
   indexed_ = false;
 }
 
-bool UndoLog::coversNew(ElementId element, std::size_t mark) const {
-  return newestId_ == element && records.size() > mark && records.back().kind == UndoKind::kCreate;
-}
-
-bool UndoLog::hasSet(UndoKind kind, ElementId element, std::uint16_t property,
-                     std::size_t mark) const {
-  if (records.size() <= mark) return false;
-  const UndoRecord& last = records.back();
-  return last.kind == kind && last.element == element && last.property == property;
-}
-
 void UndoLog::noteInsert(ElementId element, std::uint16_t property, std::uint32_t position,
                          UndoKind kind, std::size_t mark) {
   if (hasSet(kind, element, property, mark) &&
@@ -54,22 +43,20 @@ ChangeIndex& UndoLog::index() {
 
 void UndoLog::clear() {
   constexpr std::size_t kKept = 4096;  // room that is worth keeping for the next transaction
-  records.clear();
-  changes.clear();
+  const auto empty = [](auto& list) {
+    list.clear();
+    if (list.capacity() > kKept) list.shrink_to_fit();
+  };
+  empty(records);
+  empty(changes);
   result.reset();
-  if (records.capacity() > kKept) records.shrink_to_fit();
-  if (changes.capacity() > kKept) changes.shrink_to_fit();
+  mayBeVoid = false;
   shrunk();
 }
 
 void UndoLog::drop(std::size_t mark) {
   records.erase(records.begin() + static_cast<std::ptrdiff_t>(mark), records.end());
   shrunk();
-}
-
-void UndoLog::shrunk() {
-  indexed_ = false;
-  newestId_ = kNoElement;
 }
 
 // ChangeIndex

@@ -103,13 +103,21 @@ class UndoLog {
   bool empty() const { return records.empty(); }
   /// Whether all that happened is that one plain value was replaced: the most frequent change.
   bool isOnePlainSet() const { return records.size() == 1 && isPlainSet(records.front().kind); }
-  /// Adds a record; may throw std::bad_alloc, so it stands before the change.
-  void add(const UndoRecord& record) { records.push_back(record); }
+  /// Adds a record; may throw std::bad_alloc, so it stands before the change. Inlined, so that the
+  /// record is made in its place: a copy would wait for the stores that have just made it.
+  [[gnu::always_inline]] void add(const UndoRecord& record) { records.emplace_back() = record; }
   /// Whether the newest record, after `mark`, is the creation of this very element: undoing that
   /// undoes all that happens to the element's own values and references now.
-  bool coversNew(ElementId element, std::size_t mark) const;
+  bool coversNew(ElementId element, std::size_t mark) const {
+    return newestId_ == element && records.size() > mark &&
+           records.back().kind == UndoKind::kCreate;
+  }
   /// Whether the newest record, after `mark`, is of that kind and property already.
-  bool hasSet(UndoKind kind, ElementId element, std::uint16_t property, std::size_t mark) const;
+  bool hasSet(UndoKind kind, ElementId element, std::uint16_t property, std::size_t mark) const {
+    if (records.size() <= mark) return false;
+    const UndoRecord& last = records.back();
+    return last.kind == kind && last.element == element && last.property == property;
+  }
   /// Notes a creation; runs of neighbouring cells become one record.
   void noteCreated(ElementId element, std::uint32_t cellUnits, std::size_t mark);
   /// Notes a slot or value put in; runs become one record.
@@ -120,12 +128,16 @@ class UndoLog {
   /// Forgets the records from `mark` on, of which none keeps anything alive.
   void drop(std::size_t mark);
   /// To be called when records were taken back.
-  void shrunk();
+  void shrunk() {
+    indexed_ = false;
+    newestId_ = kNoElement;
+  }
   void clear();
 
   ModelImpl& model;
   std::vector<UndoRecord> records;
   std::optional<Value> result;    ///< what the commit was given
+  bool mayBeVoid = false;         ///< several changes: everything may have ended where it began
   std::unique_ptr<UndoLog> next;  ///< the later one, in a queue of logs
   std::vector<Change> changes;    ///< room for the change set, kept between commits
 
