@@ -61,6 +61,9 @@ struct PropertyFacts {
 constexpr PropertyInfo property(const PropertyType& type, std::u16string_view name,
                                 std::uint16_t index, std::size_t offset, const ClassInfo& owner,
                                 const uuid& identity, const PropertyFacts& facts = {}) {
+  if (type.kind == ValueKind::kElement && index > kMaxReferenceIndex) {
+    throw "a link in memory has six bits for the index of a reference";  // stops the compiler
+  }
   return {.name = name,
           .type = type.name,
           .kind = type.kind,

@@ -13,8 +13,8 @@
 #if __has_include(<sys/mman.h>)
 #include <sys/mman.h>
 #endif
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/asan_interface.h>
+#if __has_include(<sanitizer/asan_interface.h>)
+#include <sanitizer/asan_interface.h>  // whose macros do nothing in other builds
 #else
 #define ASAN_POISON_MEMORY_REGION(address, size) static_cast<void>(0)
 #define ASAN_UNPOISON_MEMORY_REGION(address, size) static_cast<void>(0)

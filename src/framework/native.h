@@ -18,6 +18,7 @@ constexpr NativeInfo nativeOf() {
   using Storage = typename Impl::Storage;
   static_assert(sizeof(Impl) == kStorageOffset, "an Impl keeps its values in its Storage");
   static_assert(alignof(Storage) <= kCellUnit);
+  static_assert(kStorageOffset + sizeof(Storage) <= kChunkBytes / 4, "a chunk holds a few cells");
   return {
       .storageSize = sizeof(Storage),
       .construct = [](void* cell, const uuid& identity) -> ElementImpl* {

@@ -63,6 +63,8 @@ struct Incoming {
   std::uint32_t link;  ///< six bits of property index, 26 of position; see links.h
 };
 
+inline constexpr int kMaxReferenceIndex = 63;
+
 /// The referrers of one element. The block belongs to the model's pool.
 struct IncomingList {
   std::uint32_t size;

@@ -121,6 +121,9 @@ Value Value::ofArray(const vxArray* array) {
 }
 
 Value Value::ofList(std::vector<Value> items) {
+  for (const Value& item : items) {
+    if (item.isList()) reportException(mf0::messages::CannotCastIncompatibleTypes("list"));
+  }
   ValueMeta meta = items.empty() ? ValueMeta{} : items.front().meta();
   meta.form = Form::kList;
   return {meta, items.empty() ? 0 : ListBox::make(std::move(items))};

@@ -61,6 +61,7 @@ class MF0_API Value {
 
   /// A value that owns a property copy of `array`; null gives an array value that holds null.
   static Value ofArray(const vxArray* array);
+  /// A list of single values. Raises CannotCastIncompatibleTypes for an item that is a list itself.
   static Value ofList(std::vector<Value> items);
 
   Value(const Value& other);

@@ -90,6 +90,7 @@ TEST_F(ValueTest, EqualityIsOfKindAndContent) {
   EXPECT_NE(Value::ofList({1.0}), Value(1.0));
   EXPECT_EQ(Value::ofList({}), Value::ofList({}));
   EXPECT_NE(Value::ofList({}), Value());
+  expectRaises<CannotCastIncompatibleTypes>([] { Value::ofList({Value::ofList({1.0})}); });
 }
 
 TEST_F(ValueTest, AnArrayIsCopiedOnceAndComparedByContent) {
