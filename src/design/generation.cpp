@@ -1,7 +1,7 @@
 #include "design/generation.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cmath>
 #include <unordered_map>
 
 #include "design/exhaustive.h"
@@ -38,6 +38,14 @@ class SampleTable {
     starts_.push_back(samples_.size());
   }
   std::size_t runs() const { return starts_.size() - 1; }
+  /// Makes room at the samples for `uses` combined runs, spread evenly over this child's.
+  void expectUses(std::size_t uses) const {
+    const std::size_t each = uses / std::max<std::size_t>(runs(), 1);
+    if (each < 4) return;  // the room that a sample has anyway
+    for (const auto& sample : samples_) {
+      if (sample.isValid()) sample->reserveReferrers(each);
+    }
+  }
   /// Samples of the longest run.
   std::size_t width() const {
     std::size_t widest = 0;
@@ -85,10 +93,11 @@ host::ArrayPtr designMatrix(std::span<const double> levels) {
 /// The 0-based run that a 1-based level stands for.
 std::size_t runOf(double level, const SampleTable& table) {
   const double index = level - 1.0;
-  if (!(index >= 0.0 && index < static_cast<double>(table.runs()))) {
+  const auto runs = static_cast<std::ptrdiff_t>(table.runs());
+  if (!(index >= 0.0 && index < static_cast<double>(runs))) {
     host::raiseDesignError("InvalidDesignMatrix");
   }
-  return static_cast<std::size_t>(index);
+  return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(index));
 }
 
 }  // namespace
@@ -99,6 +108,11 @@ void checkFitsMemory(double runs, std::size_t samplesPerRun) {
   constexpr double kSampleBytes = 16;  // a reference, both ends
   const double bytes = runs * (kRunBytes + kSampleBytes * static_cast<double>(samplesPerRun));
   if (runs > kMostRuns || bytes > physicalMemory()) host::raiseDesignError("TooManyIterations");
+}
+
+std::size_t checkedRuns(double runs, std::size_t samplesPerRun) {
+  checkFitsMemory(runs, samplesPerRun);
+  return runs > 0.0 ? static_cast<std::size_t>(std::ceil(runs)) : 0;
 }
 
 // Walking the tree: depth first with an explicit path, children before parents.
@@ -201,14 +215,16 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
   for (const std::size_t child : node.children) levels.push_back(nodes_[child].count);
   const std::vector<SampleTable> tables = tablesOf(lists);
   std::vector<ElementImpl*> samples(widthOf(tables));
-  checkFitsMemory(node.count, samples.size());
+  const std::size_t count = checkedRuns(node.count, samples.size());
   const host::ArrayPtr matrix = designMatrix(levels);
   Runs runs;
-  if (!(node.count > 0.0)) return runs;
+  if (count == 0) return runs;
+  runs.reserve(count);
+  for (const SampleTable& table : tables) table.expectUses(count);
   // Without factors there is one run, whatever the matrix is.
   const auto design = levels.empty() ? std::span<const double>() : host::doubleData(matrix.get());
   const mf::zero::Model model = node.space->getModel();
-  for (std::uint64_t i = 0; node.count > static_cast<double>(i); ++i) {
+  for (std::size_t i = 0; i < count; ++i) {
     const std::size_t column = i * levels.size();
     if (column + levels.size() > design.size()) host::raiseDesignError("InvalidDesignMatrix");
     ElementImpl** end = samples.data();
@@ -223,12 +239,13 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
 Plan::Runs Plan::pairUp(const Node& node, const std::vector<Runs>& lists) const {
   const std::vector<SampleTable> tables = tablesOf(lists);
   std::vector<ElementImpl*> samples(widthOf(tables));
-  checkFitsMemory(node.count, samples.size());
+  std::size_t count = checkedRuns(node.count, samples.size());
+  // A count may promise more than a child gives; the shortest list ends it.
+  for (const SampleTable& table : tables) count = std::min(count, table.runs());
   const mf::zero::Model model = node.space->getModel();
   Runs runs;
-  for (std::uint64_t i = 0; node.count > static_cast<double>(i); ++i) {
-    // A count may promise more than a child gives; the shortest list ends it.
-    if (std::ranges::any_of(tables, [i](const SampleTable& t) { return i >= t.runs(); })) break;
+  runs.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
     ElementImpl** end = samples.data();
     for (const SampleTable& table : tables) end = table.writeRun(i, end);
     runs.push_back(createRun(model, {samples.data(), end}));

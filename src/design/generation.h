@@ -16,6 +16,9 @@ namespace kxsim::design::generation {
 /// than a model or this machine can hold; infinity is too many, NaN and less than none are not.
 void checkFitsMemory(double runs, std::size_t samplesPerRun);
 
+/// `checkFitsMemory`, and how many runs the number promises: one for every i from 0 that is below.
+std::size_t checkedRuns(double runs, std::size_t samplesPerRun);
+
 /// A tree of spaces below one combinatorial space, as it stands at construction.
 class Plan {
  public:

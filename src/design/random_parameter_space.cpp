@@ -1,7 +1,8 @@
 // The hand-written part of RandomParameterSpace.
 #include "design/random_parameter_space.h"
 
-#include <cstdint>
+#include <cstddef>
+#include <utility>
 
 #include "design/generation.h"
 #include "design/host.h"
@@ -29,17 +30,23 @@ ParameterSample draw(const mf::zero::Model& model, const RandomParameter& parame
 }  // namespace
 
 std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
-  const double runs = getNumIterations();
-  generation::checkFitsMemory(runs, getParameters().size());
+  const std::size_t runs = generation::checkedRuns(getNumIterations(), getParameters().size());
   std::vector<Iteration> iterations;
+  iterations.reserve(runs);
   const mf::zero::Model model = getModel();
-  for (std::uint64_t i = 0; runs > static_cast<double>(i); ++i) {
-    const Iteration iteration = Iteration::create(model);
+  std::vector<RandomParameter> parameters;
+  for (std::size_t i = 0; i < runs; ++i) {
+    Iteration iteration = Iteration::create(model);
     auto samples = iteration->getParameterSamplesMutable();
-    for (const RandomParameter& parameter : getParameters().toContainer()) {
-      samples.add(draw(model, parameter));
+    // Asked anew for every run: what draws is foreign code and may change them.
+    parameters.clear();
+    for (const RandomParameter& parameter : getParameters()) parameters.push_back(parameter);
+    for (const RandomParameter& parameter : parameters) {
+      const ParameterSample sample = draw(model, parameter);
+      mf::zero::ElementImpl* const drawn[] = {sample.impl()};
+      samples.append(drawn);
     }
-    iterations.push_back(iteration);
+    iterations.push_back(std::move(iteration));
   }
   return iterations;
 }

@@ -150,10 +150,11 @@ ModelElement Builder::create(const uuid& identity) const {
 }
 
 ModelElement createElement(const ClassInfo& info, const Model& model, const uuid& identity) {
-  if (!model || !model->isOpen()) reportException(mf0::messages::CannotCreateWithoutModel());
+  ModelImpl* const impl = model.impl();
+  if (!impl || !impl->isOpen()) reportException(mf0::messages::CannotCreateWithoutModel());
   // A handle before anybody is told: an observer may destroy what was just made.
-  ModelElement element(model->createElement(info, identity, true));
-  model->publishIfOutermost();
+  ModelElement element(impl->createElement(info, identity, true));
+  impl->publishIfOutermost();
   return element;
 }
 

@@ -164,20 +164,4 @@ void ReferenceCollection::Cursor::count(int change) const {
   owner_->model().cursors += static_cast<std::uint32_t>(change);
 }
 
-void ReferenceCollection::Cursor::seek(std::uint32_t slot) {
-  const ReferenceList& list = Raw::at<ReferenceList>(*owner_.impl(), *property_);
-  while (slot < list.size && list.slots[slot].target == kNoElement) ++slot;
-  slot_ = slot;
-}
-
-bool ReferenceCollection::Cursor::done() const {
-  return !owner_.isValid() || slot_ >= Raw::at<ReferenceList>(*owner_.impl(), *property_).size;
-}
-
-ElementImpl* ReferenceCollection::Cursor::element() const {
-  if (done()) return nullptr;
-  const ElementId id = Raw::at<ReferenceList>(*owner_.impl(), *property_).slots[slot_].target;
-  return id == kNoElement ? nullptr : Chunk::find(*owner_.impl(), id);
-}
-
 }  // namespace mf::zero

@@ -12,6 +12,7 @@
 
 #include "framework/element.h"
 #include "framework/export.h"
+#include "framework/raw.h"
 
 namespace mf::zero {
 
@@ -69,14 +70,21 @@ class MF0_API ReferenceCollection {
     Cursor(const Cursor& other);
     Cursor& operator=(Cursor other) noexcept;
     ~Cursor();
-    bool done() const;
+    bool done() const { return !owner_.isValid() || slot_ >= list().size; }
     /// Null at the end, and where the element was taken out since the cursor came there.
-    ElementImpl* element() const;
+    ElementImpl* element() const {
+      const ElementId id = done() ? kNoElement : list().slots[slot_].target;
+      return id == kNoElement ? nullptr : Chunk::find(*owner_.impl(), id);
+    }
     void next() { seek(slot_ + 1); }
 
    private:
+    const ReferenceList& list() const { return Raw::at<ReferenceList>(*owner_.impl(), *property_); }
     void count(int change) const;
-    void seek(std::uint32_t slot);
+    void seek(std::uint32_t slot) {
+      while (slot < list().size && list().slots[slot].target == kNoElement) ++slot;
+      slot_ = slot;
+    }
     ModelElement owner_;
     const PropertyInfo* property_ = nullptr;
     std::uint32_t slot_ = 0;

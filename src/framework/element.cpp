@@ -156,6 +156,12 @@ void ElementImpl::doDestroy(bool withContents, bool evenIfReferenced) {
   references::destroy(*this, withContents);
 }
 
+void ElementImpl::reserveReferrers(std::size_t count) {
+  if (isDestroyed()) refuseChange();
+  const IncomingList* list = incoming_;
+  if (count > (list ? list->capacity - list->size : 0)) links::growReferrers(*this, count);
+}
+
 void ElementImpl::disassociateIncoming() {
   if (isDestroyed()) refuseChange();
   references::clearIncoming(*this);

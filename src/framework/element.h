@@ -102,6 +102,9 @@ class MF0_API ElementImpl {
   /// `evenIfReferenced` an element that others refer to is kept and
   /// CannotDestroyReferencedElement is raised.
   void doDestroy(bool withContents, bool evenIfReferenced);
+  /// Makes room for that many more references to this element, for those who are about to make
+  /// them; nothing visible changes.
+  void reserveReferrers(std::size_t count);
   /// Takes this element out of every reference and reference collection that holds it.
   /// Containment stays.
   void disassociateIncoming();

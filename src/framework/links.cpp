@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "framework/element_pool.h"
@@ -82,10 +83,13 @@ void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t 
   capacityOf(list.slots) = static_cast<std::uint32_t>(bytes / sizeof(ReferenceSlot) - 1);
 }
 
-void reserveReferrer(ElementImpl& target) {
+void growReferrers(ElementImpl& target, std::size_t count) {
   IncomingList*& list = Raw::incoming(target);
-  if (list && list->size < list->capacity) return;
-  std::size_t bytes = list ? 2 * (list->capacity + 1) * sizeof(Incoming) : 2 * sizeof(Incoming);
+  const std::size_t wanted = (list ? list->size : 0) + count;
+  if (wanted >= std::numeric_limits<std::uint32_t>::max()) {
+    reportException(mf0::messages::ModelIsFull("a list of referrers"));
+  }
+  std::size_t bytes = (wanted + 1) * sizeof(Incoming);
   if (list) {
     list = static_cast<IncomingList*>(
         arenaOf(target).reallocate(list, (list->capacity + 1) * sizeof(Incoming), bytes));

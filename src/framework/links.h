@@ -35,8 +35,15 @@ inline ReferenceSlot& slotAt(const ElementImpl& owner, const PropertyInfo& prope
 
 /// Makes room for `count` slots in all. Throws std::bad_alloc, raises ModelIsFull.
 void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count);
-/// Makes room for one more referrer of `target`.
-void reserveReferrer(ElementImpl& target);
+/// Makes room for `count` more referrers of `target`; its list, if any, has less.
+void growReferrers(ElementImpl& target, std::size_t count);
+/// Makes room for one more; often for many more.
+inline void reserveReferrer(ElementImpl& target) {
+  const IncomingList* list = Raw::incoming(target);
+  if (!list) return growReferrers(target, 1);
+  if (list->size == list->capacity) [[unlikely]]
+    growReferrers(target, std::size_t{list->capacity} + 1);
+}
 
 /// Fills an empty slot: notes the referrer at the target, or the owner in a contained child.
 /// Room must have been made.

@@ -281,24 +281,30 @@ namespace {
 /// Lists up to this long are compared element by element, which beats every cleverness.
 constexpr std::size_t kShortList = 32;
 
-/// Whether nothing speaks against a reference but that it may be held already.
-bool isWelcome(const ElementImpl& owner, const PropertyInfo& property, const ElementImpl* target) {
+/// Whether nothing speaks against a plain reference but that it may be held already.
+bool isWelcome(const ModelImpl& model, const ClassInfo& wanted, const ElementImpl* target) {
   if (!target || !Raw::isPlain(*target)) return false;
   const Chunk& chunk = *Chunk::of(target);
-  return chunk.model == Chunk::of(&owner)->model &&
-         (chunk.info == property.target || chunk.info->isA(*property.target));
+  return chunk.model == &model && chunk.info->isA(wanted);
+}
+
+bool holds(const ReferenceList& list, ElementId id) {
+  for (std::uint32_t i = 0; i < list.size; ++i) {
+    if (list.slots[i].target == id) return true;
+  }
+  return false;
 }
 
 /// Checks a few targets for a short list, against it and against each other.
 void checkFew(const ElementImpl& owner, const PropertyInfo& property,
               std::span<ElementImpl* const> targets) {
   const ReferenceList& list = listOf(owner, property);
+  const ModelImpl& model = owner.model();
+  bool held = false;
   for (std::size_t i = 0; i < targets.size(); ++i) {
-    if (!isWelcome(owner, property, targets[i])) admit(owner, property, targets[i]);
-    bool held = false;
+    if (!isWelcome(model, *property.target, targets[i])) admit(owner, property, targets[i]);
     for (std::size_t k = 0; k < i; ++k) held |= targets[k] == targets[i];
-    const ElementId id = targets[i]->id();
-    for (std::uint32_t k = 0; k < list.size; ++k) held |= list.slots[k].target == id;
+    held |= list.size > 0 && holds(list, targets[i]->id());
     if (held) reportException(mf0::messages::CannotAddSecondObject());
   }
 }
