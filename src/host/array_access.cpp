@@ -13,8 +13,6 @@ namespace {
 using detail::Content;
 using detail::contentOf;
 
-constexpr std::array<std::size_t, 2> kScalarDims{1, 1};
-
 template <class T>
 constexpr ClassId kClassOf = ClassId::Double;
 template <>
@@ -31,7 +29,7 @@ T* plainElements(Content* content) noexcept {
 
 template <class T>
 ArrayPtr createScalar(T value) {
-  auto content = detail::newPlainContent(kClassOf<T>, kScalarDims, detail::Fill::None);
+  auto content = detail::newScalarContent(kClassOf<T>);
   *plainElements<T>(content.get()) = value;
   return detail::newArray(std::move(content));
 }

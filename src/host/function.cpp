@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "host/detail/class_table.h"
 #include "host/detail/content.h"
@@ -16,6 +18,13 @@ using FunctionRef = std::shared_ptr<const HostFunction>;
 constexpr int kMaxCallDepth = 500;
 constinit int callDepth = 0;
 
+// Functions that were replaced or removed during a call, which may be one of theirs. Never
+// destroyed, as the table of functions.
+std::vector<FunctionRef>& retired() {
+  static auto& functions = *new std::vector<FunctionRef>;
+  return functions;
+}
+
 class DepthGuard {
  public:
   explicit DepthGuard(std::string_view name) {
@@ -24,7 +33,12 @@ class DepthGuard {
     }
     ++callDepth;
   }
-  ~DepthGuard() { --callDepth; }
+  ~DepthGuard() {
+    if (--callDepth == 0 && !retired().empty()) {
+      // They end outside the list: what ends with them may call again.
+      const auto ended = std::exchange(retired(), {});
+    }
+  }
   DepthGuard(const DepthGuard&) = delete;
   DepthGuard& operator=(const DepthGuard&) = delete;
 };
@@ -37,14 +51,14 @@ const detail::HostClass* classOfFirstObject(std::span<const vxArray* const> inpu
   return nullptr;
 }
 
-// Held by the call, so that a function may be replaced while it runs.
-FunctionRef resolve(std::string_view name, std::span<const vxArray* const> inputs) {
+// Good until the call has ended, whoever replaces the function meanwhile.
+const HostFunction& resolve(std::string_view name, std::span<const vxArray* const> inputs) {
   const detail::Symbol* symbol = detail::findSymbol(name);
   if (symbol == nullptr) detail::fail("UnknownFunction", {name});
   const FunctionRef* method = detail::findMethod(classOfFirstObject(inputs), symbol);
   const FunctionRef& found = method != nullptr ? *method : symbol->function;
   if (found == nullptr) detail::fail("UnknownFunction", {name});
-  return found;
+  return *found;
 }
 
 void checkArity(const Call& call, const Arity& arity) {
@@ -66,11 +80,11 @@ void run(std::string_view name, std::span<vxArray*> outputs,
          std::span<const vxArray* const> inputs) {
   detail::requireHostThread();
   if (std::ranges::count(inputs, nullptr) > 0) detail::fail("NullArray");
-  const FunctionRef function = resolve(name, inputs);
+  const HostFunction& function = resolve(name, inputs);
   const DepthGuard depth(name);
   Call call(name, outputs, inputs);
-  checkArity(call, function->arity);
-  function->body(call);
+  checkArity(call, function.arity);
+  function.body(call);
   const auto missing = std::ranges::find(outputs, nullptr);
   if (missing != outputs.end()) {
     detail::fail("OutputNotSet", {name, std::to_string(missing - outputs.begin() + 1)});
@@ -100,6 +114,7 @@ std::unique_ptr<Diagnostic> diagnosticOfFailure(std::string_view name) {
 }
 
 std::optional<HostFunction> exchangeFunction(detail::Symbol& symbol, FunctionRef function) {
+  if (callDepth > 0 && symbol.function) retired().push_back(symbol.function);
   const FunctionRef previous = std::exchange(symbol.function, std::move(function));
   return previous ? std::optional(*previous) : std::nullopt;
 }

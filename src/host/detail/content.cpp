@@ -158,6 +158,14 @@ ContentRef newPlainContent(ClassId classId, Dims dims, Fill fill) {
   return newBlock(classId, false, dims, elementSize(classId), fill);
 }
 
+ContentRef newScalarContent(ClassId classId) {
+  requireHostThread();
+  Content* const content = new (smallBlocks.take()) Content{1, classId, false, 2};
+  std::fill_n(dimsOf(content), 2, std::size_t{1});
+  ++contentCount;
+  return ContentRef(content);
+}
+
 ContentRef newCellContent(Dims dims) {
   ContentRef content = newBlock(ClassId::Cell, false, dims, sizeof(vxArray), Fill::None);
   fillWith(childrenOf(content.get()), &emptyDouble.content);

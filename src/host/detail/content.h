@@ -139,6 +139,8 @@ enum class Fill { Zero, None };
 
 /// A block of numbers, logicals or characters.
 ContentRef newPlainContent(ClassId classId, Dims dims, Fill fill);
+/// The same for a single one, which is not set.
+ContentRef newScalarContent(ClassId classId);
 
 /// A block of arrays, every one an empty 0-by-0 double (or sharing `initial`).
 ContentRef newCellContent(Dims dims);
