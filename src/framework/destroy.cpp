@@ -1,5 +1,5 @@
 // Destroying elements with all they contain, however deep.
-#include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -12,6 +12,7 @@ namespace mf::zero::references {
 
 namespace {
 
+/// Calls `visit(ElementId)` for what the element contains.
 template <class Visit>
 void forEachContained(const ElementImpl& element, Visit&& visit) {
   for (const PropertyInfo* property : Raw::layout(element).containments()) {
@@ -19,26 +20,35 @@ void forEachContained(const ElementImpl& element, Visit&& visit) {
         property->has(kMany) ? Raw::at<ReferenceList>(element, *property).size : 1;
     for (std::uint32_t i = 0; i < count; ++i) {
       const ElementId child = links::slotAt(element, *property, i).target;
-      if (child != kNoElement) visit(*Chunk::find(element, child));
+      if (child != kNoElement) visit(child);
     }
   }
 }
 
-/// The element and everything it contains, owners before contents; no recursion.
-std::vector<ElementImpl*> withAllContents(ElementImpl& element) {
-  std::vector<ElementImpl*> all{&element};
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    forEachContained(*all[i], [&](ElementImpl& child) { all.push_back(&child); });
+/// Records the destruction of the element and of everything it contains, owners before contents,
+/// or nothing. The records are the queue, so that nothing recurses.
+void recordAll(ModelImpl& model, const ElementImpl& element) {
+  std::vector<UndoRecord>& records = model.log().records;
+  const std::size_t first = records.size();
+  const auto record = [&](ElementId id) {
+    records.push_back({.kind = UndoKind::kDestroy, .element = id});
+  };
+  try {
+    record(element.id());
+    for (std::size_t i = first; i < records.size(); ++i) {
+      forEachContained(*model.pool().at(records[i].element), record);
+    }
+  } catch (...) {
+    records.erase(records.begin() + static_cast<std::ptrdiff_t>(first), records.end());
+    throw;
   }
-  return all;
 }
 
 /// Takes one element out of the web of references; its slots and values stay for undoing.
-void retire(ModelImpl& model, ElementImpl& element) noexcept {
+void retire(ModelImpl& model, UndoRecord& record) noexcept {
+  ElementImpl& element = *model.pool().at(record.element);
   IncomingList* referrers = std::exchange(Raw::incoming(element), nullptr);
-  model.log().records.push_back({.kind = UndoKind::kDestroy,  // room was made
-                                 .element = element.id(),
-                                 .old = reinterpret_cast<std::uintptr_t>(referrers)});
+  record.old = reinterpret_cast<std::uintptr_t>(referrers);
   for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
     const Incoming& entry = referrers->entries()[i];
     const ElementImpl& owner = *model.pool().at(entry.owner);
@@ -66,16 +76,14 @@ void destroy(ElementImpl& element, bool withContents) {
   ModelImpl::Scope scope(model);
   detach(element);
   if (!withContents) {
-    std::vector<ElementImpl*> contents;
-    forEachContained(element, [&](ElementImpl& child) { contents.push_back(&child); });
-    for (ElementImpl* child : contents) detach(*child);
+    std::vector<ElementId> contents;
+    forEachContained(element, [&](ElementId child) { contents.push_back(child); });
+    for (const ElementId child : contents) detach(*model.pool().at(child));
   }
-  const std::vector<ElementImpl*> doomed = withAllContents(element);
   std::vector<UndoRecord>& records = model.log().records;
-  if (records.capacity() < records.size() + doomed.size()) {
-    records.reserve(std::max(records.capacity() * 2, records.size() + doomed.size()));
-  }
-  for (ElementImpl* one : doomed) retire(model, *one);
+  const std::size_t first = records.size();
+  recordAll(model, element);
+  for (std::size_t i = first; i < records.size(); ++i) retire(model, records[i]);
   scope.done();
 }
 
