@@ -35,8 +35,10 @@ bool AbstractQuery::admits(const ClassInfo& info) const {
 
 bool AbstractQuery::meets(const ElementImpl& element) const {
   const std::byte* storage = Raw::storage(element);
-  return std::ranges::all_of(
-      conditions_, [&](const Condition& condition) { return condition.holds(element, storage); });
+  for (const Condition& condition : conditions_) {
+    if (!condition.holds(element, storage)) return false;
+  }
+  return true;
 }
 
 Query::Query(Model model) : AbstractQuery(std::move(model)) {
@@ -63,14 +65,17 @@ std::size_t Query::scan(const ClassInfo& as, std::size_t limit, Take take) const
     std::size_t taken = 0;
     std::vector<ModelElement> proxies;
     const auto visit = [&](ElementImpl& element) {
-      if (taken == limit || element.isDestroyed()) return;
+      if (element.isDestroyed()) return false;
       if (element.isProxy() && !conditions_.empty()) {
         proxies.emplace_back(&element);
       } else if (meets(element)) {
         take(element, taken++);
       }
+      return taken == limit;
     };
-    for (const ClassInfo* info : classes(as)) model_->pool().forEach(*info, visit);
+    for (const ClassInfo* info : classes(as)) {
+      if (model_->pool().anyOf(*info, visit)) break;
+    }
     if (proxies.empty()) return taken;
     // Loading makes elements, so it waits until nobody goes through them.
     for (const ModelElement& proxy : proxies) {

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "framework/messages.h"
+#include "framework/model_impl.h"
 #include "framework/storage.h"
 
 namespace mf::zero::query {
@@ -163,12 +164,17 @@ ElementId targetOf(const ModelImpl& model, const ModelElement& element, Comparis
   return &element->model() == &model ? element->id() : kNobody;
 }
 
-Operand operandOf(const ModelImpl& model, const PropertyInfo& property, Comparison comparison,
+/// The model's own texts are mostly equal because they are the same.
+Text sharedText(ModelImpl& model, const std::u16string& text) {
+  return model.isShared() ? Text(text) : Text(model.texts(), text);
+}
+
+Operand operandOf(ModelImpl& model, const PropertyInfo& property, Comparison comparison,
                   const Value& value) {
   Operand operand;
   operand.enumeration = property.enumeration;
   if (property.kind == ValueKind::kString) {
-    operand.text = Text(value.getValue<std::u16string>());
+    operand.text = sharedText(model, value.getValue<std::u16string>());
   } else if (property.kind == ValueKind::kElement) {
     operand.element = value.getValue<ModelElement>();
     operand.target = targetOf(model, operand.element, comparison);
@@ -182,7 +188,7 @@ Operand operandOf(const ModelImpl& model, const PropertyInfo& property, Comparis
 
 }  // namespace
 
-Condition::Condition(const ModelImpl& model, const PropertyInfo& property, Comparison comparison,
+Condition::Condition(ModelImpl& model, const PropertyInfo& property, Comparison comparison,
                      const Value& operand)
     : test_(testFor(property, comparison)),
       offset_(property.offset),

@@ -29,7 +29,7 @@ class Condition {
 
   /// Raises CannotCastIncompatibleTypes for an operand of another type than the property's, and
   /// InvalidValue for a comparison that the property does not admit.
-  Condition(const ModelImpl& model, const PropertyInfo& property, Comparison comparison,
+  Condition(ModelImpl& model, const PropertyInfo& property, Comparison comparison,
             const Value& operand);
 
   /// `storage` is that of `element`, which is neither a proxy nor destroyed.
