@@ -36,7 +36,30 @@ void setMany(ElementImpl& element, const PropertyInfo& property, const Value& va
   }
 }
 
+[[noreturn]] void raiseReadOnly(const PropertyInfo& property) {
+  reportException(mf0::messages::CannotSetReadOnlyProperty(
+      std::string(property.owner->qualifiedName) + '.' + toUtf8(property.name)));
+}
+
+/// The description of a property that the element must have.
+const PropertyInfo& requireInfo(const ElementImpl& element, const meta::Property& property) {
+  const PropertyInfo& info = meta::infoOf(property);
+  if (element.classInfo().isA(*info.owner)) return info;
+  reportException(
+      mf0::messages::NoSuchProperty(element.classInfo().qualifiedName, toUtf8(info.name)));
+}
+
 }  // namespace
+
+const PropertyInfo& ElementImpl::checkedInfo(const meta::Property& property) const {
+  // What nearly always is the case is seen without a call.
+  if (property && Raw::isPlain(*property.impl())) [[likely]] {
+    const PropertyInfo* info = property->info();
+    if (info && classInfo().isA(*info->owner)) [[likely]]
+      return *info;
+  }
+  return requireInfo(*this, property);
+}
 
 Value ElementImpl::getPropertyValue(const meta::Property& property) const {
   return get(checkedInfo(property));
@@ -51,7 +74,8 @@ bool ElementImpl::hasPropertyValue(const meta::Property& property) const {
 }
 
 Value ElementImpl::get(const PropertyInfo& property) const {
-  if (flags_ & kAttention) prepareRead();
+  if (flags_ & kAttention) [[unlikely]]
+    prepareRead();
   return property.derive ? property.derive(*this) : values::read(*this, property);
 }
 
@@ -62,32 +86,35 @@ bool ElementImpl::has(const PropertyInfo& property) const {
 }
 
 void ElementImpl::set(const PropertyInfo& property, const Value& value) {
-  if (property.has(kReadOnly)) {
-    reportException(mf0::messages::CannotSetReadOnlyProperty(
-        std::string(property.owner->qualifiedName) + '.' + toUtf8(property.name)));
-  }
+  if (property.has(kReadOnly)) [[unlikely]]
+    raiseReadOnly(property);
   if (property.has(kMany)) return setMany(*this, property, value);
   values::checkSingle(property, value);
   switch (property.kind) {
     case ValueKind::kBoolean:
-      return assign(property, Raw::at<bool>(*this, property), value.getValue<bool>());
+      return assign(property, Raw::at<bool>(*this, property), value.bits() != 0);
     case ValueKind::kInteger8:
-      return assign(property, Raw::at<std::int8_t>(*this, property), value.getValue<std::int8_t>());
+      return assign(property, Raw::at<std::int8_t>(*this, property),
+                    static_cast<std::int8_t>(value.bits()));
     case ValueKind::kInteger:
     case ValueKind::kEnumeration:
       return assign(property, Raw::at<std::int32_t>(*this, property),
                     static_cast<std::int32_t>(value.bits()));
     case ValueKind::kReal:
-      return assign(property, Raw::at<double>(*this, property), value.getValue<double>());
-    case ValueKind::kString:
-      return assign(property, Raw::at<Text>(*this, property),
-                    std::u16string_view(value.getValue<std::u16string>()));
-    case ValueKind::kArray:
-      return assign(property, Raw::at<ArraySlot>(*this, property),
-                    value.getValue<const vxArray*>());
-    case ValueKind::kElement:
-      return assign(property, Raw::at<ReferenceSlot>(*this, property),
-                    value.getValue<ModelElement>());
+      return assign(property, Raw::at<double>(*this, property),
+                    std::bit_cast<double>(value.bits()));
+    default: return setShared(property, value);
+  }
+}
+
+void ElementImpl::setShared(const PropertyInfo& property, const Value& value) {
+  if (property.kind == ValueKind::kString) {
+    assign(property, Raw::at<Text>(*this, property),
+           std::u16string_view(value.getValue<std::u16string>()));
+  } else if (property.kind == ValueKind::kArray) {
+    assign(property, Raw::at<ArraySlot>(*this, property), value.getValue<const vxArray*>());
+  } else {
+    assign(property, Raw::at<ReferenceSlot>(*this, property), value.getValue<ModelElement>());
   }
 }
 

@@ -36,15 +36,6 @@ using ArrayBox = Box<vexal::PropertyArrayPtr>;
 
 ElementImpl* elementAt(std::uint64_t bits) { return reinterpret_cast<ElementImpl*>(bits); }
 
-constexpr ValueMeta single(ValueKind kind, const EnumInfo* enumeration = nullptr) {
-  return {Form::kSingle, kind, enumeration};
-}
-
-template <class Number>
-std::uint64_t bitsOf(Number value) {
-  return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
-}
-
 std::string nameOf(ValueKind kind) {
   switch (kind) {
     case ValueKind::kBoolean: return "Boolean";
@@ -101,23 +92,17 @@ std::string ValueMeta::typeName() const {
   return form == Form::kList ? "list of " + item : item;
 }
 
-Value::Value(bool value) : Value(single(ValueKind::kBoolean), bitsOf(value)) {}
-Value::Value(std::int8_t value) : Value(single(ValueKind::kInteger8), bitsOf(value)) {}
-Value::Value(std::int32_t value) : Value(single(ValueKind::kInteger), bitsOf(value)) {}
-Value::Value(double value) : Value(single(ValueKind::kReal), std::bit_cast<std::uint64_t>(value)) {}
 Value::Value(std::u16string_view text) : Value(Text(text)) {}
 Value::Value(const std::u16string& text) : Value(Text(text)) {}
 Value::Value(const char16_t* text) : Value(Text(text)) {}
-Value::Value(const Text& text) : Value(single(ValueKind::kString), Text(text).detach()) {}
+Value::Value(const Text& text) : Value(ValueKind::kString, Text(text).detach()) {}
 Value::Value(const ModelElement& element)
-    : Value(single(ValueKind::kElement), reinterpret_cast<std::uint64_t>(element.impl())) {
+    : Value(ValueKind::kElement, reinterpret_cast<std::uint64_t>(element.impl())) {
   if (element) element.addRef();
 }
-Value::Value(const EnumInfo* enumeration, std::int32_t literal)
-    : Value(single(ValueKind::kEnumeration, enumeration), bitsOf(literal)) {}
 
 Value Value::ofArray(const vxArray* array) {
-  return {single(ValueKind::kArray), array ? ArrayBox::make(vexal::copyForProperty(array)) : 0};
+  return {ValueKind::kArray, array ? ArrayBox::make(vexal::copyForProperty(array)) : 0};
 }
 
 Value Value::ofList(std::vector<Value> items) {
@@ -141,9 +126,6 @@ Value::Value(const Value& other) : meta_(other.meta_), bits_(other.bits_) {
     elementAt(bits_)->addRef();
   }
 }
-
-Value::Value(Value&& other) noexcept
-    : meta_(std::exchange(other.meta_, {})), bits_(std::exchange(other.bits_, 0)) {}
 
 Value& Value::operator=(Value other) noexcept {
   std::swap(meta_, other.meta_);

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "framework/class_info.h"
@@ -42,19 +43,22 @@ class MF0_API Value {
  public:
   /// The empty value: reads as 0, false, the empty text, no array, no element, no items.
   Value() = default;
-  Value(bool value);                   // NOLINT: a value converts from what it can hold
-  Value(std::int8_t value);            // NOLINT
-  Value(std::int32_t value);           // NOLINT
-  Value(double value);                 // NOLINT
-  Value(std::u16string_view text);     // NOLINT
-  Value(const std::u16string& text);   // NOLINT
-  Value(const char16_t* text);         // NOLINT
-  Value(const Text& text);             // NOLINT
-  Value(const ModelElement& element);  // NOLINT: a counted reference, empty for an empty handle
+  // NOLINTBEGIN: a value converts from what it can hold
+  Value(bool value) : Value(ValueKind::kBoolean, integerBits(value)) {}
+  Value(std::int8_t value) : Value(ValueKind::kInteger8, integerBits(value)) {}
+  Value(std::int32_t value) : Value(ValueKind::kInteger, integerBits(value)) {}
+  Value(double value) : Value(ValueKind::kReal, std::bit_cast<std::uint64_t>(value)) {}
+  Value(std::u16string_view text);
+  Value(const std::u16string& text);
+  Value(const char16_t* text);
+  Value(const Text& text);
+  Value(const ModelElement& element);  ///< a counted reference, empty for an empty handle
   template <ModelEnum E>
-  Value(E literal)  // NOLINT
-      : Value(&EnumTraits<E>::info(), static_cast<std::int32_t>(literal)) {}
-  Value(const EnumInfo* enumeration, std::int32_t literal);
+  Value(E literal) : Value(&EnumTraits<E>::info(), static_cast<std::int32_t>(literal)) {}
+  // NOLINTEND
+  Value(const EnumInfo* enumeration, std::int32_t literal)
+      : Value({ValueMeta::Form::kSingle, ValueKind::kEnumeration, enumeration},
+              integerBits(literal)) {}
   /// A pointer would turn into a bool.
   template <class T>
   Value(T*) = delete;
@@ -65,7 +69,8 @@ class MF0_API Value {
   static Value ofList(std::vector<Value> items);
 
   Value(const Value& other);
-  Value(Value&& other) noexcept;
+  Value(Value&& other) noexcept
+      : meta_(std::exchange(other.meta_, {})), bits_(std::exchange(other.bits_, 0)) {}
   Value& operator=(Value other) noexcept;
   ~Value() {
     if (ownsSomething()) release();
@@ -111,7 +116,11 @@ class MF0_API Value {
             (meta_.kind == ValueKind::kString || meta_.kind == ValueKind::kArray ||
              meta_.kind == ValueKind::kElement));
   }
+  static constexpr std::uint64_t integerBits(std::int64_t value) {
+    return static_cast<std::uint64_t>(value);
+  }
   Value(ValueMeta meta, std::uint64_t bits) : meta_(meta), bits_(bits) {}
+  Value(ValueKind kind, std::uint64_t bits) : Value({ValueMeta::Form::kSingle, kind}, bits) {}
   void release();
   ElementImpl* element() const { return reinterpret_cast<ElementImpl*>(bits_); }
   const vxArray* array() const;

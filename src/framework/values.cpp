@@ -33,30 +33,20 @@ Value readItems(const PropertyInfo& property, const PrimitiveList& list) {
   return Value::ofList(std::move(items));
 }
 
-Value readSingle(const ElementImpl& element, const PropertyInfo& property) {
-  switch (property.kind) {
-    case ValueKind::kBoolean: return Raw::at<bool>(element, property);
-    case ValueKind::kInteger8: return Raw::at<std::int8_t>(element, property);
-    case ValueKind::kInteger: return Raw::at<std::int32_t>(element, property);
-    case ValueKind::kReal: return Raw::at<double>(element, property);
-    case ValueKind::kString: return Raw::at<Text>(element, property);
-    case ValueKind::kArray: return Value::ofArray(Raw::at<ArraySlot>(element, property).array);
-    case ValueKind::kEnumeration:
-      return Value(property.enumeration, Raw::at<std::int32_t>(element, property));
-    case ValueKind::kElement:
-      return elementValue(element, Raw::at<ReferenceSlot>(element, property).target);
-  }
-  return {};
-}
-
 }  // namespace
 
-Value read(const ElementImpl& element, const PropertyInfo& property) {
-  if (!property.has(kMany)) return readSingle(element, property);
+Value readShared(const ElementImpl& element, const PropertyInfo& property) {
   if (property.isReferenceList()) {
     return readElements(element, Raw::at<ReferenceList>(element, property));
   }
-  return readItems(property, Raw::at<PrimitiveList>(element, property));
+  if (property.has(kMany)) return readItems(property, Raw::at<PrimitiveList>(element, property));
+  switch (property.kind) {
+    case ValueKind::kString: return Raw::at<Text>(element, property);
+    case ValueKind::kArray: return Value::ofArray(Raw::at<ArraySlot>(element, property).array);
+    case ValueKind::kElement:
+      return elementValue(element, Raw::at<ReferenceSlot>(element, property).target);
+    default: return {};
+  }
 }
 
 bool isPresent(const ElementImpl& element, const PropertyInfo& property) {
@@ -100,14 +90,8 @@ std::size_t sizeOf(const PropertyInfo& property) {
   }
 }
 
-void checkSingle(const PropertyInfo& property, const Value& value) {
-  if (value.isEmpty()) return;
-  const ValueMeta& held = value.meta();
-  const bool fits = held.form == ValueMeta::Form::kSingle && held.kind == property.kind &&
-                    held.enumeration == property.enumeration;
-  if (!fits) {
-    reportException(mf0::messages::CannotCastIncompatibleTypes(property.type));
-  }
+void raiseMisfit(const PropertyInfo& property) {
+  reportException(mf0::messages::CannotCastIncompatibleTypes(property.type));
 }
 
 Value parseDefault(const PropertyInfo& property) {

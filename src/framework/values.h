@@ -6,12 +6,26 @@
 #include <vector>
 
 #include "framework/element.h"
+#include "framework/raw.h"
 
 namespace mf::zero::values {
 
+/// What `read` answers where that is not just a number, flag or literal.
+Value readShared(const ElementImpl& element, const PropertyInfo& property);
 /// The value as it lies in memory; a list for a many-valued property. Looks at nothing else: a
 /// proxy reads as its empty values, a destroyed element as its last ones.
-Value read(const ElementImpl& element, const PropertyInfo& property);
+inline Value read(const ElementImpl& element, const PropertyInfo& property) {
+  if (property.has(kMany)) return readShared(element, property);
+  switch (property.kind) {
+    case ValueKind::kBoolean: return Raw::at<bool>(element, property);
+    case ValueKind::kInteger8: return Raw::at<std::int8_t>(element, property);
+    case ValueKind::kInteger: return Raw::at<std::int32_t>(element, property);
+    case ValueKind::kReal: return Raw::at<double>(element, property);
+    case ValueKind::kEnumeration:
+      return Value(property.enumeration, Raw::at<std::int32_t>(element, property));
+    default: return readShared(element, property);
+  }
+}
 /// The value without boxing lists: whether it is there at all (see hasPropertyValue).
 bool isPresent(const ElementImpl& element, const PropertyInfo& property);
 /// The same of a value by itself.
@@ -20,8 +34,12 @@ bool isPresent(const Value& value);
 /// The bytes of a plain number, flag or literal of the property's kind.
 std::size_t sizeOf(const PropertyInfo& property);
 
+[[noreturn]] void raiseMisfit(const PropertyInfo& property);
 /// Raises CannotCastIncompatibleTypes unless `value` is empty or fits one value of the property.
-void checkSingle(const PropertyInfo& property, const Value& value);
+inline void checkSingle(const PropertyInfo& property, const Value& value) {
+  const ValueMeta wanted{ValueMeta::Form::kSingle, property.kind, property.enumeration};
+  if (!value.isEmpty() && value.meta() != wanted) raiseMisfit(property);
+}
 /// The value that a declared default stands for.
 Value parseDefault(const PropertyInfo& property);
 

@@ -63,15 +63,6 @@ meta::Property ElementImpl::getOwningProperty() const {
   return info ? meta::propertyOf(*info) : meta::Property();
 }
 
-const PropertyInfo& ElementImpl::checkedInfo(const meta::Property& property) const {
-  const PropertyInfo* info = property->info();
-  if (info && classInfo().isA(*info->owner)) [[likely]] {
-    return *info;
-  }
-  reportException(mf0::messages::NoSuchProperty(classInfo().qualifiedName,
-                                                toUtf8(meta::infoOf(property).name)));
-}
-
 ModelElement ModelImpl::createProxy(const meta::Class& metaClass, const uuid& identity) {
   const ClassInfo* info = metaClass->info();
   if (!info) reportException(mf0::messages::NoSuchType(metaClass->getQualifiedName()));
