@@ -130,9 +130,11 @@ void Transaction::rollback() { end(false, std::nullopt); }
 
 // ModelImpl: life
 
-ModelImpl::ModelImpl(bool shared)
-    : log_(std::make_unique<UndoLog>(*this)), pool_(*this), identities_(pool_), shared_(shared) {
-  spare_ = std::make_unique<UndoLog>(*this);
+ModelImpl::ModelImpl(bool shared) : pool_(*this), identities_(pool_), shared_(shared) {
+  makeSpare();
+  log_ = spare_;
+  spare_ = nullptr;
+  makeSpare();
 }
 
 ModelImpl::~ModelImpl() {
@@ -321,23 +323,22 @@ void ModelImpl::dropEndedObservers() {
 
 // Ending what a log kept alive may run foreign code, that of a host object's payload: the log is
 // out of the model by then, and nothing of the model is half done.
-void ModelImpl::finish(std::unique_ptr<UndoLog> log) noexcept {
-  if (!log->isOnePlainSet()) {
-    if (isIdle()) references::tidyAfter(*this, log->records);
-    for (const UndoRecord& record : log->records) undo::settle(*this, record);
+void ModelImpl::finish(UndoLog& log) noexcept {
+  if (!log.isOnePlainSet()) {
+    if (isIdle()) references::tidyAfter(*this, log.records);
+    for (const UndoRecord& record : log.records) undo::settle(*this, record);
   }
-  log->clear();
-  if (spare_ && spare_->next) return;
-  log->next = std::move(spare_);
-  spare_ = std::move(log);
+  log.clear();
+  if (spare_) log.release();
+  log.next = std::exchange(spare_, &log);
   setState(kNoSpare, false);
 }
 
-std::unique_ptr<UndoLog> ModelImpl::takeLog() noexcept {
-  std::unique_ptr<UndoLog> fresh = std::move(spare_);
-  spare_ = std::move(fresh->next);
+UndoLog& ModelImpl::takeLog() noexcept {
+  UndoLog& taken = *std::exchange(log_, spare_);
+  spare_ = std::exchange(log_->next, nullptr);
   setState(kNoSpare, !spare_);
-  return std::exchange(log_, std::move(fresh));
+  return taken;
 }
 
 void ModelImpl::prepareWrite() {
@@ -346,18 +347,19 @@ void ModelImpl::prepareWrite() {
 }
 
 void ModelImpl::makeSpare() {
-  spare_ = std::make_unique<UndoLog>(*this);
+  logs_.push_back(std::make_unique<UndoLog>(*this));
+  spare_ = logs_.back().get();
   setState(kNoSpare, false);
 }
 
 void ModelImpl::publish() {
-  std::unique_ptr<UndoLog> log = takeLog();
-  if (observers_.empty() && !told_) return finish(std::move(log));
-  UndoLog* const last = std::exchange(lastTold_, log.get());
+  UndoLog& log = takeLog();
   if (told_) {
-    last->next = std::move(log);
+    lastTold_ = lastTold_->next = &log;
+  } else if (observers_.empty()) {
+    finish(log);
   } else {
-    told_ = std::move(log);
+    lastTold_ = told_ = &log;
     drain();
   }
 }
@@ -365,15 +367,16 @@ void ModelImpl::publish() {
 void ModelImpl::drain() {
   const Model keep(this);
   std::exception_ptr first;
-  for (int round = 0; told_; ++round) {
-    if (round < kMostRounds) {
+  int round = 0;
+  while (told_) {
+    if (round++ < kMostRounds) {
       tell(*told_, first);
     } else if (!first) {
       first = doNotSettle();
     }
-    std::unique_ptr<UndoLog> told = std::move(told_);
-    told_ = std::move(told->next);
-    finish(std::move(told));
+    UndoLog& told = *told_;
+    told_ = told.next;
+    finish(told);
   }
   if (state_ & kObserverEnded) dropEndedObservers();
   if (first) std::rethrow_exception(first);

@@ -103,8 +103,8 @@ class MF0_API ModelImpl {
   void elementBack() { ++liveElements_; }
   /// The log after `log` in time: pending ones, then the open one; null after the last.
   UndoLog* logAfter(const UndoLog& log) const {
-    if (log.next) return log.next.get();
-    return &log == log_.get() ? nullptr : log_.get();
+    if (log.next) return log.next;
+    return &log == log_ ? nullptr : log_;
   }
   /// Takes back what was recorded from `mark` on; does not allocate.
   void rollbackTo(std::size_t mark) noexcept;
@@ -163,8 +163,8 @@ class MF0_API ModelImpl {
   void drain();
   void dropEndedObservers();
   void tell(UndoLog& log, std::exception_ptr& first);
-  void finish(std::unique_ptr<UndoLog> log) noexcept;
-  std::unique_ptr<UndoLog> takeLog() noexcept;
+  void finish(UndoLog& log) noexcept;
+  UndoLog& takeLog() noexcept;
   void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
   /// An element with empty values, unrecorded. The identity must be free.
   ElementImpl* newElement(const ClassInfo& info, const uuid& identity);
@@ -178,10 +178,11 @@ class MF0_API ModelImpl {
   };
   std::vector<OpenTransaction> open_;  ///< outermost first
   std::uint64_t lastSerial_ = 0;
-  std::unique_ptr<UndoLog> log_;
-  std::unique_ptr<UndoLog> told_;  ///< committed and being told, and those that wait behind it
+  std::vector<std::unique_ptr<UndoLog>> logs_;  ///< all of the following
+  UndoLog* log_;                                ///< of the open transaction
+  UndoLog* told_ = nullptr;  ///< committed and being told; those that wait are behind it
   UndoLog* lastTold_ = nullptr;
-  std::unique_ptr<UndoLog> spare_;  ///< empty ones for the next transactions
+  UndoLog* spare_ = nullptr;  ///< empty ones for the next transactions
   std::vector<std::shared_ptr<Subscription::Entry>> observers_;
   std::shared_ptr<ElementLoader> loader_;
   ElementPool pool_;

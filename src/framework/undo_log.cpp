@@ -42,16 +42,19 @@ ChangeIndex& UndoLog::index() {
 }
 
 void UndoLog::clear() {
-  constexpr std::size_t kKept = 4096;  // room that is worth keeping for the next transaction
-  const auto empty = [](auto& list) {
-    list.clear();
-    if (list.capacity() > kKept) list.shrink_to_fit();
-  };
-  empty(records);
-  empty(changes);
+  constexpr std::size_t kKept = 4096;
+  records.clear();
+  changes.clear();
   result.reset();
   mayBeVoid = false;
+  next = nullptr;
   shrunk();
+  if (records.capacity() > kKept || changes.capacity() > kKept) release();
+}
+
+void UndoLog::release() {
+  records.shrink_to_fit();
+  changes.shrink_to_fit();
 }
 
 void UndoLog::drop(std::size_t mark) {

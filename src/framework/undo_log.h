@@ -132,14 +132,17 @@ class UndoLog {
     indexed_ = false;
     newestId_ = kNoElement;
   }
+  /// Empties the log, but for room that is worth keeping for the next transaction.
   void clear();
+  /// Gives back that room too.
+  void release();
 
   ModelImpl& model;
   std::vector<UndoRecord> records;
-  std::optional<Value> result;    ///< what the commit was given
-  bool mayBeVoid = false;         ///< several changes: everything may have ended where it began
-  std::unique_ptr<UndoLog> next;  ///< the later one, in a queue of logs
-  std::vector<Change> changes;    ///< room for the change set, kept between commits
+  std::optional<Value> result;  ///< what the commit was given
+  bool mayBeVoid = false;       ///< several changes: everything may have ended where it began
+  UndoLog* next = nullptr;      ///< the later one, in a queue of logs
+  std::vector<Change> changes;  ///< room for the change set, kept between commits
 
  private:
   ElementId newestId_ = kNoElement;
