@@ -35,7 +35,7 @@ ArrayPtr createScalar(T value) {
 }
 
 std::string_view nameOf(const Content& content) noexcept {
-  return content.classId == ClassId::Object ? detail::recordOf(content).hostClass->name
+  return content.classId == ClassId::Object ? detail::classOf(content).name
                                             : detail::builtInClassName(content.classId);
 }
 
@@ -54,7 +54,7 @@ bool sameNumbers(const Content& a, const Content& b) noexcept {
 }
 
 bool sameRecords(const detail::Record& a, const detail::Record& b) noexcept {
-  const bool sameNames = a.names == b.names || (a.names && b.names && *a.names == *b.names);
+  const bool sameNames = a.names == b.names || *a.names == *b.names;
   return a.hostClass == b.hostClass && a.payload == b.payload && sameNames;
 }
 
@@ -64,20 +64,38 @@ bool sameBytes(const Content& a, const Content& b) noexcept {
   return bytes == 0 || std::memcmp(detail::elementsOf(a), detail::elementsOf(b), bytes) == 0;
 }
 
-// Everything but the elements that are arrays.
-bool sameButForChildren(const Content& a, const Content& b) noexcept {
-  if (a.classId != b.classId || a.isObjectArray != b.isObjectArray ||
-      !std::ranges::equal(detail::dimsOf(a), detail::dimsOf(b))) {
-    return false;
-  }
+bool sameNatives(const Content& a, const Content& b) noexcept {
+  const auto& x = detail::headOf<detail::NativeHead>(a);
+  const auto& y = detail::headOf<detail::NativeHead>(b);
+  return x.state == detail::NativeHead::State::Block && x.state == y.state &&
+         x.hostClass == y.hostClass && x.family == y.family && sameBytes<void*>(a, b);
+}
+
+bool samePlainElements(const Content& a, const Content& b) noexcept {
   switch (a.classId) {
     case ClassId::Double: return sameNumbers(a, b);
     case ClassId::Logical: return sameBytes<bool>(a, b);
     case ClassId::Char: return sameBytes<char16_t>(a, b);
     case ClassId::Int32: return sameBytes<std::int32_t>(a, b);
-    case ClassId::Cell: return true;
-    default: return sameRecords(detail::recordOf(a), detail::recordOf(b));
+    default: return true;  // a cell
   }
+}
+
+// Everything but the elements that are arrays.
+bool sameButForChildren(const Content& a, const Content& b) noexcept {
+  if (a.classId != b.classId || a.layout != b.layout ||
+      !std::ranges::equal(detail::dimsOf(a), detail::dimsOf(b))) {
+    return false;
+  }
+  switch (a.layout) {
+    case detail::Layout::Elements: return samePlainElements(a, b);
+    case detail::Layout::Fields: return sameRecords(detail::recordOf(a), detail::recordOf(b));
+    case detail::Layout::Objects: return &detail::classOf(a) == &detail::classOf(b);
+    case detail::Layout::Natives: return sameNatives(a, b);
+    case detail::Layout::Values:
+      return &detail::classOf(a) == &detail::classOf(b) && sameBytes<std::int32_t>(a, b);
+  }
+  return false;
 }
 
 }  // namespace
@@ -88,7 +106,7 @@ ArrayPtr createArray(ClassId classId, Dims dims) {
       detail::fail("WrongClass", {"built-in", "objects, which createObject makes"});
     case ClassId::Cell: return detail::newArray(detail::newCellContent(dims));
     case ClassId::Struct: {
-      detail::Record record{nullptr, std::make_shared<detail::FieldNames>(), nullptr};
+      detail::Record record{{nullptr}, std::make_shared<detail::FieldNames>(), nullptr};
       return detail::newArray(detail::newRecordContent(classId, dims, std::move(record)));
     }
     default: return detail::newArray(detail::newPlainContent(classId, dims, detail::Fill::Zero));
@@ -120,7 +138,7 @@ bool isA(const vxArray* array, std::string_view className) {
   if (array == nullptr) return false;
   const Content& content = *array->content;
   if (content.classId != ClassId::Object) return nameOf(content) == className;
-  return detail::isOrDerives(detail::recordOf(content).hostClass, className);
+  return detail::isOrDerives(&detail::classOf(content), className);
 }
 
 bool isLogicalScalarTrue(const vxArray* array) {

@@ -11,11 +11,14 @@ namespace {
 
 void fullfact(Call& call) { call.setOutput(0, fullFactorial(call.input(0))); }
 
-// Whether an object's class has a method of that name; nothing else has methods.
+// Whether an object's class or its payload has a method of that name; nothing else has methods.
 void isMethod(Call& call) {
   const std::string name = toUtf8(charText(call.input(1)));
-  const bool isObject = isClass(call.input(0), ClassId::Object);
-  call.setOutput(0, createLogical(isObject && hasMethod(className(call.input(0)), name)));
+  const vxArray* const value = call.input(0);
+  const NativePayload* const native = payload(value);
+  const bool isFound = (isClass(value, ClassId::Object) && hasMethod(className(value), name)) ||
+                       (native != nullptr && native->hasMethod(name));
+  call.setOutput(0, createLogical(isFound));
 }
 
 // Reached only by what has no method "random" of its own.

@@ -6,6 +6,7 @@
 #include "host/detail/messages.h"
 #include "host/detail/thread.h"
 #include "host/object.h"
+#include "host/vcos/script.h"
 
 namespace vexal {
 
@@ -20,7 +21,7 @@ void defineClass(std::string_view name, std::string_view superclass) {
 
 bool isClassDefined(std::string_view name) {
   detail::requireHostThread();
-  return detail::findClass(name) != nullptr;
+  return detail::loadClass(name) != nullptr;
 }
 
 std::string_view superclassOf(std::string_view name) {
@@ -31,7 +32,7 @@ std::string_view superclassOf(std::string_view name) {
 
 bool isSubclass(std::string_view name, std::string_view ofClass) {
   detail::requireHostThread();
-  return detail::isOrDerives(detail::findClass(name), ofClass);
+  return detail::isOrDerives(detail::loadClass(name), ofClass);
 }
 
 void defineMethod(std::string_view className, std::string_view method, HostFunction function) {
@@ -49,12 +50,13 @@ void defineMethod(std::string_view className, std::string_view method, HostFunct
 bool hasMethod(std::string_view className, std::string_view method) {
   detail::requireHostThread();
   const detail::Symbol* symbol = detail::findSymbol(method);
-  return symbol != nullptr && detail::findMethod(detail::findClass(className), symbol) != nullptr;
+  return symbol != nullptr && detail::findMethod(detail::loadClass(className), symbol) != nullptr;
 }
 
 void detail::installClasses() {
   defineClass(kHeterogeneousClass);
   defineClass(kModelSimStateClass);
+  defineClass(script::kForeignClass);
 }
 
 }  // namespace vexal

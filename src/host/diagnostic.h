@@ -29,6 +29,9 @@ class VEXAL_API Diagnostic {
   /// Adds a message, its text taken from the catalogs as they are now.
   void add(MessageId id, std::initializer_list<std::string_view> arguments = {});
 
+  /// Adds a message in words of its own.
+  void add(MessageId id, std::string text);
+
   std::size_t itemCount() const noexcept { return items_.size(); }
 
   /// The k-th message, k below itemCount().

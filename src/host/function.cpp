@@ -2,13 +2,14 @@
 #include "host/function.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 #include <vector>
 
 #include "host/detail/class_table.h"
 #include "host/detail/content.h"
 #include "host/detail/messages.h"
+#include "host/object.h"
+#include "host/vcos/detail/loading.h"
 
 namespace vexal {
 namespace {
@@ -43,20 +44,45 @@ class DepthGuard {
   DepthGuard& operator=(const DepthGuard&) = delete;
 };
 
-const detail::HostClass* classOfFirstObject(std::span<const vxArray* const> inputs) noexcept {
+const vxArray* firstObject(std::span<const vxArray* const> inputs) noexcept {
   for (const vxArray* input : inputs) {
-    const detail::Content& content = *input->content;
-    if (content.classId == ClassId::Object) return detail::recordOf(content).hostClass;
+    if (input->content->classId == ClassId::Object) return input;
   }
   return nullptr;
 }
 
+// What the payload of the first object answers with.
+void callPayload(Call& call) {
+  for (std::size_t k = 0; k < call.inputCount(); ++k) {
+    if (!isClass(call.input(k), ClassId::Object)) continue;
+    return payload(call.input(k))->callMethod(call);
+  }
+}
+
+const HostFunction* methodOf(const vxArray* object, std::string_view name,
+                             const detail::Symbol* symbol) {
+  if (symbol != nullptr) {
+    const auto* const method = detail::findMethod(&detail::classOf(*object->content), symbol);
+    if (method != nullptr) return method->get();
+  }
+  static const auto& ofPayload = *new HostFunction{{}, callPayload};
+  const NativePayload* const native = payload(object);
+  return native != nullptr && native->hasMethod(name) ? &ofPayload : nullptr;
+}
+
+const HostFunction* functionOf(const detail::Symbol* symbol) {
+  return symbol != nullptr ? symbol->function.get() : nullptr;
+}
+
 // Good until the call has ended, whoever replaces the function meanwhile.
 const HostFunction& resolve(std::string_view name, std::span<const vxArray* const> inputs) {
-  const detail::Symbol* symbol = detail::findSymbol(name);
-  if (symbol == nullptr) detail::fail("UnknownFunction", {name});
-  const FunctionRef* method = detail::findMethod(classOfFirstObject(inputs), symbol);
-  const FunctionRef& found = method != nullptr ? *method : symbol->function;
+  const detail::Symbol* const symbol = detail::findSymbol(name);
+  const vxArray* const object = firstObject(inputs);
+  const HostFunction* found = object != nullptr ? methodOf(object, name, symbol) : nullptr;
+  if (found == nullptr) found = functionOf(symbol);
+  if (found == nullptr && vcos::detail::loadFunction(name)) {
+    found = functionOf(detail::findSymbol(name));
+  }
   if (found == nullptr) detail::fail("UnknownFunction", {name});
   return *found;
 }
@@ -76,40 +102,25 @@ void checkArity(const Call& call, const Arity& arity) {
   }
 }
 
-void run(std::string_view name, std::span<vxArray*> outputs,
-         std::span<const vxArray* const> inputs) {
-  detail::requireHostThread();
-  if (std::ranges::count(inputs, nullptr) > 0) detail::fail("NullArray");
-  const HostFunction& function = resolve(name, inputs);
-  const DepthGuard depth(name);
-  Call call(name, outputs, inputs);
+void run(const HostFunction& function, Call& call) {
+  const DepthGuard depth(call.name());
   checkArity(call, function.arity);
   function.body(call);
+}
+
+const HostFunction& resolveChecked(std::string_view name, std::span<const vxArray* const> inputs) {
+  detail::requireHostThread();
+  if (std::ranges::count(inputs, nullptr) > 0) detail::fail("NullArray");
+  return resolve(name, inputs);
+}
+
+void runForAll(std::string_view name, std::span<vxArray*> outputs,
+               std::span<const vxArray* const> inputs) {
+  Call call(name, outputs, inputs);
+  run(resolveChecked(name, inputs), call);
   const auto missing = std::ranges::find(outputs, nullptr);
   if (missing != outputs.end()) {
     detail::fail("OutputNotSet", {name, std::to_string(missing - outputs.begin() + 1)});
-  }
-}
-
-std::unique_ptr<Diagnostic> diagnosticOf(MessageId id,
-                                         std::initializer_list<std::string_view> arguments) {
-  auto diagnostic = std::make_unique<Diagnostic>();
-  diagnostic->add(id, arguments);
-  return diagnostic;
-}
-
-// Of the exception being handled.
-std::unique_ptr<Diagnostic> diagnosticOfFailure(std::string_view name) {
-  try {
-    throw;
-  } catch (const HostError& error) {
-    return std::make_unique<Diagnostic>(error.diagnostic());
-  } catch (const std::bad_alloc&) {
-    return diagnosticOf(detail::Key("OutOfMemory").id(), {});
-  } catch (const std::exception& error) {
-    return diagnosticOf(detail::Key("FunctionFailed").id(), {name, error.what()});
-  } catch (...) {
-    return diagnosticOf(detail::Key("FunctionFailed").id(), {name, "unknown exception"});
   }
 }
 
@@ -157,12 +168,26 @@ std::unique_ptr<Diagnostic> callFunction(std::size_t outputCount, vxArray** outp
   const std::span<vxArray*> slots(outputs, outputCount);
   std::ranges::fill(slots, nullptr);
   try {
-    run(name, slots, {inputs, inputCount});
+    runForAll(name, slots, {inputs, inputCount});
     return nullptr;
   } catch (...) {
     for (vxArray*& slot : slots) destroy(std::exchange(slot, nullptr));
-    return diagnosticOfFailure(name);
+    return diagnosticOfCurrentException(name);
   }
+}
+
+ArrayPtr detail::callForOptionalOutput(std::string_view name,
+                                       std::span<const vxArray* const> inputs) {
+  const HostFunction& function = resolveChecked(name, inputs);
+  vxArray* output = nullptr;
+  Call call(name, {&output, std::min<std::size_t>(1, function.arity.maxOutputs)}, inputs);
+  try {
+    run(function, call);
+  } catch (...) {
+    destroy(output);
+    throw;
+  }
+  return ArrayPtr(output);
 }
 
 ArrayPtr evaluate(std::string_view name, std::initializer_list<const vxArray*> inputs) {

@@ -39,12 +39,18 @@ VEXAL_API void defineMethod(std::string_view className, std::string_view method,
 VEXAL_API bool hasMethod(std::string_view className, std::string_view method);
 
 /// Native state behind an object, shared by all copies of it and released with the last,
-/// always on the host's thread.
+/// always on the host's thread. A payload may have methods of its own, besides those of the
+/// object's class.
 class VEXAL_API NativePayload {
  public:
   virtual ~NativePayload();
   /// A few words for messages; empty when there is nothing to say.
   virtual std::string describe() const { return {}; }
+  /// Whether it has a method of that name, which must answer calls until it says otherwise.
+  virtual bool hasMethod(std::string_view name) const;
+  /// Calls the method call.name(); the object is one of the inputs. Sets outputs and reports
+  /// failure as a HostFunction does.
+  virtual void callMethod(Call& call);
   const void* typeTag() const noexcept { return typeTag_; }
 
  protected:
@@ -57,24 +63,27 @@ class VEXAL_API NativePayload {
   const void* typeTag_;
 };
 
-/// A 1-by-1 object without fields.
+/// A 1-by-1 object: of a class defined by name alone without fields, of a handle class one that
+/// refers to nothing, of a value class one with the integer 0 (vcos/class_info.h).
 VEXAL_API ArrayPtr createObject(std::string_view className);
 
 /// An object array of a class, every element a fresh object of it; 1-by-1 is an object.
 VEXAL_API ArrayPtr createObjectArray(std::string_view className, Dims dims);
 
-/// The element at a 0-based column-major index, borrowed like a cell's element.
-VEXAL_API const vxArray* objectElement(const vxArray* objects, std::size_t index);
+/// The element at a 0-based column-major index.
+VEXAL_API ArrayPtr objectElement(const vxArray* objects, std::size_t index);
 
-/// Stores a copy of a 1-by-1 object; a 1-by-1 array becomes that object. Raises
-/// "Vexal:class:ElementClass" when the object's class is not the array's or one of its subclasses.
+/// Stores a copy of a 1-by-1 object, which of a handle is the object itself; a 1-by-1 array becomes
+/// that object. Raises "Vexal:class:ElementClass" when the object's class is not the array's or one
+/// of its subclasses.
 VEXAL_API void setObjectElement(vxArray* objects, std::size_t index, const vxArray* object);
 
 /// Gives an object array the most specific class that all its elements share; the
 /// array stays as it is when they share none or there are none.
 VEXAL_API void narrowClass(vxArray* objects);
 
-/// Makes a 1-by-1 object stand for a native value; from then on its fields are fixed.
+/// Makes a 1-by-1 object of a class defined by name alone stand for a native value; from then on
+/// its fields are fixed.
 VEXAL_API void attachPayload(vxArray* object, std::shared_ptr<NativePayload> payload);
 
 /// The payload of a 1-by-1 object; null without one, for null and for other arrays.

@@ -17,7 +17,7 @@ constexpr std::array<std::size_t, 2> kScalarDims{1, 1};
 
 const Content& requireRecord(const vxArray* array) {
   const Content& content = detail::contentOf(array);
-  if (!content.hasRecord() || content.isObjectArray) detail::failWrongClass("struct", array);
+  if (content.layout != detail::Layout::Fields) detail::failWrongClass("struct", array);
   return content;
 }
 
@@ -62,7 +62,7 @@ ArrayPtr createStruct(Dims dims, std::span<const std::string_view> fields) {
     requireNewName(*names, field);
     names->emplace_back(field);
   }
-  detail::Record record{nullptr, std::move(names), nullptr};
+  detail::Record record{{nullptr}, std::move(names), nullptr};
   return detail::newArray(detail::newRecordContent(ClassId::Struct, dims, std::move(record)));
 }
 

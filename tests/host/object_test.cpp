@@ -95,8 +95,8 @@ TEST_F(ObjectTest, AnObjectArrayTakesItsClassAndSubclassesOnly) {
   const ArrayPtr circles = createObjectArray("test.Circle", kPair);
   const ArrayPtr unit = createObject("test.UnitCircle");
   setObjectElement(circles.get(), 1, unit.get());
-  EXPECT_EQ(className(objectElement(circles.get(), 0)), "test.Circle");
-  EXPECT_EQ(className(objectElement(circles.get(), 1)), "test.UnitCircle");
+  EXPECT_EQ(className(objectElement(circles.get(), 0).get()), "test.Circle");
+  EXPECT_EQ(className(objectElement(circles.get(), 1).get()), "test.UnitCircle");
   expectHostError("Vexal:class:ElementClass",
                   [&] { setObjectElement(circles.get(), 0, createObject("test.Square").get()); });
   expectHostError("Vexal:class:NotAnObject",

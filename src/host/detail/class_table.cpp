@@ -4,6 +4,7 @@
 #include <array>
 
 #include "host/detail/messages.h"
+#include "host/vcos/detail/description.h"
 
 namespace vexal::detail {
 namespace {
@@ -36,23 +37,50 @@ const Symbol* findSymbol(std::string_view name) {
   return &latest->second;
 }
 
-Symbol& symbolFor(std::string_view name) { return symbols()[std::string(name)]; }
+Symbol& symbolFor(std::string_view name) {
+  const auto entry = symbols().try_emplace(std::string(name)).first;
+  entry->second.name = entry->first;
+  return entry->second;
+}
 
-const HostClass* findClass(std::string_view name) {
+HostClass::HostClass() = default;
+HostClass::~HostClass() = default;
+
+HostClass* findClass(std::string_view name) {
   const auto found = classes().find(name);
   return found == classes().end() ? nullptr : &found->second;
 }
 
 HostClass& addClass(std::string_view name, const HostClass* superclass) {
   const auto entry = classes().try_emplace(std::string(name)).first;
-  entry->second = {entry->first, superclass, {}};
+  entry->second.name = entry->first;
+  entry->second.superclass = superclass;
   return entry->second;
 }
 
 HostClass& requireClass(std::string_view name) {
-  const auto found = classes().find(name);
-  if (found == classes().end()) fail("UnknownClass", {name});
-  return found->second;
+  HostClass* const found = loadClass(name);
+  if (found == nullptr) fail("UnknownClass", {name});
+  return *found;
+}
+
+void removeUnusedClasses(std::string_view package) {
+  std::erase_if(classes(), [&](const auto& entry) {
+    const auto& [name, hostClass] = entry;
+    const bool isBelow =
+        name.size() > package.size() && name[package.size()] == '.' && name.starts_with(package);
+    return isBelow && hostClass.description && !hostClass.description->isFilled();
+  });
+}
+
+std::vector<std::string> classNamesBelow(std::string_view package) {
+  std::vector<std::string> names;
+  for (const auto& [name, hostClass] : classes()) {
+    const std::size_t dot = name.rfind('.');
+    if (dot == package.size() && name.starts_with(package)) names.push_back(name);
+  }
+  std::ranges::sort(names);
+  return names;
 }
 
 const std::shared_ptr<const HostFunction>* findMethod(const HostClass* hostClass,
@@ -63,6 +91,11 @@ const std::shared_ptr<const HostFunction>* findMethod(const HostClass* hostClass
     }
   }
   return nullptr;
+}
+
+const HostClass* commonClass(const HostClass* a, const HostClass* b) noexcept {
+  while (a != nullptr && !isOrDerives(b, a)) a = a->superclass;
+  return a;
 }
 
 bool isOrDerives(const HostClass* hostClass, const HostClass* ancestor) noexcept {

@@ -16,12 +16,18 @@ namespace {
 constexpr std::size_t kSmallSize = sizeof(Content) + 2 * sizeof(std::size_t) + sizeof(double);
 static_assert(sizeof(Content) == 8 && kSmallSize == 32);
 
+// Enough for one object, with fields, a native or a value.
+constexpr std::size_t kObjectSize = 64;
+static_assert(sizeof(Content) + 2 * sizeof(std::size_t) + sizeof(NativeHead) + sizeof(void*) ==
+              kObjectSize);
+
 constinit Pool<kSmallSize> smallBlocks;
+constinit Pool<kObjectSize> objectBlocks;
 constinit std::size_t contentCount = 0;
 
 // What cells and fields hold until they are given something.
 struct EmptyDouble {
-  Content content{kImmortal, ClassId::Double, false, 2};
+  Content content{kImmortal, ClassId::Double, Layout::Elements, 2};
   std::size_t dims[2]{0, 0};
 };
 constinit EmptyDouble emptyDouble;
@@ -61,52 +67,74 @@ std::size_t checkedSize(std::size_t offset, std::size_t unit, Dims dims) {
   return size;
 }
 
-std::size_t offsetOfElements(const Content& head, std::size_t rank) noexcept {
-  return sizeof(Content) + rank * sizeof(std::size_t) + (head.hasRecord() ? sizeof(Record) : 0);
+std::size_t offsetOfElements(Layout layout, std::size_t rank) noexcept {
+  return sizeof(Content) + rank * sizeof(std::size_t) + headSize(layout);
 }
 
 // The array elements that belong to one element: a cell's one, a struct's field values.
 std::size_t childrenPerElement(const Content& content) noexcept {
-  const bool holdsFields = content.hasRecord() && !content.isObjectArray;
-  if (holdsFields) return recordOf(content).names->size();
-  return content.classId == ClassId::Cell || content.isObjectArray ? 1 : 0;
+  switch (content.layout) {
+    case Layout::Elements: return content.classId == ClassId::Cell ? 1 : 0;
+    case Layout::Fields: return recordOf(content).names->size();
+    case Layout::Objects: return 1;
+    default: return 0;
+  }
 }
 
 std::size_t bytesPerElement(const Content& content) noexcept {
-  const bool holdsArrays = content.hasRecord() || content.classId == ClassId::Cell;
-  return holdsArrays ? childrenPerElement(content) * sizeof(vxArray) : elementSize(content.classId);
+  switch (content.layout) {
+    case Layout::Elements: return elementSize(content.classId);
+    case Layout::Natives: return sizeof(void*);
+    case Layout::Values: return sizeof(std::int32_t);
+    default: return childrenPerElement(content) * sizeof(vxArray);
+  }
 }
 
 std::size_t bytesOfElements(const Content& content) noexcept {
   return countOf(content) * bytesPerElement(content);
 }
 
+void* takeBlock(std::size_t size) {
+  if (size <= kSmallSize) return smallBlocks.take();
+  return size <= kObjectSize ? objectBlocks.take() : allocateOrFail(size);
+}
+
+void giveBlock(void* block, std::size_t size) noexcept {
+  if (size <= kSmallSize) {
+    smallBlocks.give(block);
+  } else {
+    size <= kObjectSize ? objectBlocks.give(block) : std::free(block);
+  }
+}
+
 // A block with its dimensions and the given bytes for each element, which are not set.
-ContentRef newBlock(ClassId classId, bool isObjectArray, Dims given, std::size_t unit, Fill fill) {
+ContentRef newBlock(ClassId classId, Layout layout, Dims given, std::size_t unit, Fill fill) {
   requireHostThread();
   const Dims dims = significant(given);
-  Content head{1, classId, isObjectArray, static_cast<std::uint16_t>(dims.size())};
-  const std::size_t offset = offsetOfElements(head, dims.size());
+  const std::size_t offset = offsetOfElements(layout, dims.size());
   const std::size_t size = checkedSize(offset, unit, dims);
   void* memory = nullptr;
-  if (size <= kSmallSize) {
-    memory = smallBlocks.take();
+  if (fill == Fill::None || size <= kObjectSize) {
+    memory = takeBlock(size);
     if (fill == Fill::Zero) std::memset(static_cast<std::byte*>(memory) + offset, 0, size - offset);
   } else {
-    memory = fill == Fill::Zero ? std::calloc(size, 1) : std::malloc(size);
+    memory = std::calloc(size, 1);
     if (memory == nullptr) fail("OutOfMemory");
   }
-  Content* const content = new (memory) Content(head);
+  auto* const content =
+      new (memory) Content{1, classId, layout, static_cast<std::uint16_t>(dims.size())};
   std::ranges::copy(dims, dimsOf(content));
   ++contentCount;
   return ContentRef(content);
 }
 
 void freeBlock(Content* content) noexcept {
-  const std::size_t size = offsetOfElements(*content, content->rank) + bytesOfElements(*content);
-  if (content->hasRecord()) recordOf(content).~Record();
+  const std::size_t size =
+      offsetOfElements(content->layout, content->rank) + bytesOfElements(*content);
+  if (content->layout == Layout::Fields) headOf<Record>(content).~Record();
+  if (content->layout == Layout::Natives) releaseNatives(content);
   --contentCount;
-  size <= kSmallSize ? smallBlocks.give(content) : std::free(content);
+  giveBlock(content, size);
 }
 
 void fillWith(std::span<vxArray> children, Content* initial) noexcept {
@@ -155,42 +183,61 @@ void release(Content* content) noexcept {
 std::size_t liveContents() noexcept { return contentCount; }
 
 ContentRef newPlainContent(ClassId classId, Dims dims, Fill fill) {
-  return newBlock(classId, false, dims, elementSize(classId), fill);
+  return newBlock(classId, Layout::Elements, dims, elementSize(classId), fill);
 }
 
 ContentRef newScalarContent(ClassId classId) {
   requireHostThread();
-  Content* const content = new (smallBlocks.take()) Content{1, classId, false, 2};
+  Content* const content = new (smallBlocks.take()) Content{1, classId, Layout::Elements, 2};
   std::fill_n(dimsOf(content), 2, std::size_t{1});
   ++contentCount;
   return ContentRef(content);
 }
 
 ContentRef newCellContent(Dims dims) {
-  ContentRef content = newBlock(ClassId::Cell, false, dims, sizeof(vxArray), Fill::None);
+  ContentRef content = newBlock(ClassId::Cell, Layout::Elements, dims, sizeof(vxArray), Fill::None);
   fillWith(childrenOf(content.get()), &emptyDouble.content);
   return content;
 }
 
 ContentRef newRecordContent(ClassId classId, Dims dims, Record record) {
   const std::size_t unit = sizeof(vxArray) * record.names->size();
-  ContentRef content = newBlock(classId, false, dims, unit, Fill::None);
-  new (&recordOf(content.get())) Record(std::move(record));
+  ContentRef content = newBlock(classId, Layout::Fields, dims, unit, Fill::None);
+  new (&headOf<Record>(content.get())) Record(std::move(record));
   fillWith(childrenOf(content.get()), &emptyDouble.content);
   return content;
 }
 
 ContentRef newObjectArrayContent(const HostClass& hostClass, Dims dims, Content* initial) {
-  ContentRef content = newBlock(ClassId::Object, true, dims, sizeof(vxArray), Fill::None);
-  new (&recordOf(content.get())) Record{&hostClass, nullptr, nullptr};
+  ContentRef content =
+      newBlock(ClassId::Object, Layout::Objects, dims, sizeof(vxArray), Fill::None);
+  new (&headOf<ObjectHead>(content.get())) ObjectHead{&hostClass};
   fillWith(childrenOf(content.get()), initial);
   return content;
 }
 
+ContentRef newValueContent(const HostClass& hostClass, Dims dims) {
+  ContentRef content =
+      newBlock(ClassId::Object, Layout::Values, dims, sizeof(std::int32_t), Fill::Zero);
+  new (&headOf<ObjectHead>(content.get())) ObjectHead{&hostClass};
+  return content;
+}
+
+ContentRef newNativeContent(const NativeHead& head, Dims dims) {
+  ContentRef content = newBlock(ClassId::Object, Layout::Natives, dims, sizeof(void*), Fill::Zero);
+  new (&headOf<NativeHead>(content.get())) NativeHead(head);
+  return content;
+}
+
+// Not for natives: what stands for them is never changed, only replaced.
 ContentRef cloneContent(const Content& content) {
-  ContentRef clone = newBlock(content.classId, content.isObjectArray, dimsOf(content),
+  ContentRef clone = newBlock(content.classId, content.layout, dimsOf(content),
                               bytesPerElement(content), Fill::None);
-  if (content.hasRecord()) new (&recordOf(clone.get())) Record(recordOf(content));
+  if (content.layout == Layout::Fields) {
+    new (&headOf<Record>(clone.get())) Record(recordOf(content));
+  } else if (content.layout != Layout::Elements) {
+    new (&headOf<ObjectHead>(clone.get())) ObjectHead(headOf<ObjectHead>(content));
+  }
   const std::size_t bytes = bytesOfElements(content);
   if (bytes > 0) std::memcpy(elementsOf(clone.get()), elementsOf(content), bytes);
   for (const vxArray& child : childrenOf(content)) share(child.content);

@@ -1,9 +1,9 @@
 // The content of arrays: counted blocks that copies share.
 //
 // A vxArray is a header of two words that refers to a content block. A block is one
-// allocation: class and count, the dimensions, for structs and objects a Record, then
-// the elements. Elements that are arrays are headers lying in the block itself, so a cell
-// costs 16 bytes per element and its elements can be lent out as arrays.
+// allocation: class and layout, the dimensions, for structs and objects a head, then the
+// elements. Elements that are arrays are headers lying in the block itself, so a cell costs
+// 16 bytes per element and its elements can be lent out as arrays.
 #pragma once
 
 #include <cstddef>
@@ -20,6 +20,9 @@
 
 namespace vexal {
 class NativePayload;
+}
+namespace vcos {
+struct NativeFamily;
 }
 
 namespace vexal::detail {
@@ -41,23 +44,40 @@ struct vxArray {
 
 namespace vexal::detail {
 
+/// What lies behind the dimensions.
+enum class Layout : std::uint8_t {
+  Elements,  ///< numbers, logicals, characters, or the arrays of a cell
+  Fields,    ///< a Record, then the field values of structs or of one object
+  Objects,   ///< an ObjectHead, then one array per object
+  Natives,   ///< a NativeHead, then an address each: a handle object or a block of natives
+  Values,    ///< an ObjectHead, then an int32 per object
+};
+
 struct Content {
   std::uint32_t references;
   ClassId classId;
-  bool isObjectArray;  // elements are objects of their own, as in a cell
+  Layout layout;
   std::uint16_t rank;
-  // std::size_t[rank], then a Record if hasRecord(), then the elements
-
-  bool hasRecord() const noexcept {
-    return classId == ClassId::Struct || classId == ClassId::Object;
-  }
+  // std::size_t[rank], then the head of the layout, then the elements
 };
 
-/// What structs and objects have besides their elements.
-struct Record {
-  const HostClass* hostClass = nullptr;     // null for structs
-  std::shared_ptr<const FieldNames> names;  // null for object arrays
-  std::shared_ptr<NativePayload> payload;   // objects only
+/// What all objects begin with.
+struct ObjectHead {
+  const HostClass* hostClass = nullptr;  // null for structs
+};
+
+/// What structs and objects with fields have besides their elements.
+struct Record : ObjectHead {
+  std::shared_ptr<const FieldNames> names;
+  std::shared_ptr<NativePayload> payload;  // objects only
+};
+
+/// What one handle object or a block of natives has besides their addresses.
+struct NativeHead : ObjectHead {
+  enum class State : std::uint8_t { Block, Paired, Removed };
+  const vcos::NativeFamily* family = nullptr;
+  const void* part = nullptr;
+  State state = State::Removed;
 };
 
 /// A count that has come this far stays: such content lives for ever.
@@ -79,17 +99,43 @@ inline std::size_t countOf(const Content& content) noexcept {
 inline std::byte* afterDims(Content* content) noexcept {
   return reinterpret_cast<std::byte*>(dimsOf(content) + content->rank);
 }
-inline Record& recordOf(Content* content) noexcept {
-  return *reinterpret_cast<Record*>(afterDims(content));
+
+constexpr std::size_t headSize(Layout layout) noexcept {
+  switch (layout) {
+    case Layout::Elements: return 0;
+    case Layout::Fields: return sizeof(Record);
+    case Layout::Natives: return sizeof(NativeHead);
+    default: return sizeof(ObjectHead);
+  }
 }
-inline const Record& recordOf(const Content& content) noexcept {
-  return recordOf(const_cast<Content*>(&content));
+
+/// The head, which must be that of the layout.
+template <class Head>
+Head& headOf(Content* content) noexcept {
+  return *reinterpret_cast<Head*>(afterDims(content));
 }
+template <class Head>
+const Head& headOf(const Content& content) noexcept {
+  return headOf<Head>(const_cast<Content*>(&content));
+}
+inline const Record& recordOf(const Content& content) noexcept { return headOf<Record>(content); }
+
 inline void* elementsOf(Content* content) noexcept {
-  return afterDims(content) + (content->hasRecord() ? sizeof(Record) : 0);
+  return afterDims(content) + headSize(content->layout);
 }
 inline const void* elementsOf(const Content& content) noexcept {
   return elementsOf(const_cast<Content*>(&content));
+}
+
+/// The class of an object or of the objects of an array.
+inline const HostClass& classOf(const Content& content) noexcept {
+  return *headOf<ObjectHead>(content).hostClass;
+}
+
+/// Whether it is a 1-by-1 object.
+inline bool isOneObject(const Content& content) noexcept {
+  if (content.classId != ClassId::Object || content.layout == Layout::Objects) return false;
+  return content.layout == Layout::Fields || countOf(content) == 1;
 }
 
 /// The elements that are arrays: those of cells and object arrays, and field values,
@@ -146,6 +192,13 @@ ContentRef newScalarContent(ClassId classId);
 ContentRef newCellContent(Dims dims);
 ContentRef newRecordContent(ClassId classId, Dims dims, Record record);
 ContentRef newObjectArrayContent(const HostClass& hostClass, Dims dims, Content* initial);
+
+/// Objects of a value class, every integer 0, and addresses that are not set yet.
+ContentRef newValueContent(const HostClass& hostClass, Dims dims);
+ContentRef newNativeContent(const NativeHead& head, Dims dims);
+
+/// Gives back what a block of natives holds, on its way out.
+void releaseNatives(Content* content) noexcept;
 
 /// A block of its own with the same content.
 ContentRef cloneContent(const Content& content);

@@ -25,6 +25,8 @@ inline constexpr MessageText kHostTexts[] = {
     {"InvalidSize", "{0} is not a size: a size is a whole number that is not negative."},
     {"InvalidUtf16", "The text is not well-formed UTF-16: unpaired surrogate at index {0}."},
     {"InvalidUtf8", "The text is not well-formed UTF-8: bad byte at index {0}."},
+    {"ModuleEntryMissing", "The module '{0}' has no entry point '{1}'."},
+    {"ModuleNotLoaded", "The module '{0}' is not loaded: {1}"},
     {"NoSuchField", "There is no field '{0}' in a {1}."},
     {"NotADistribution",
      "'random' needs a distribution, an object whose class has a method 'random'; given was: {0}."},
@@ -48,15 +50,34 @@ inline constexpr MessageText kHostTexts[] = {
 };
 
 inline constexpr MessageText kClassTexts[] = {
+    {"AbstractClass", "The class '{0}' is abstract: it has no objects of its own."},
+    {"AlreadyBound", "The native of a {0} has a host object already."},
+    {"CannotConvert", "A value of type '{0}' is expected; given was: {1}."},
     {"ClassExists", "The class '{0}' is already defined."},
+    {"ConversionExists", "There is a conversion from '{0}' to '{1}' already."},
     {"ElementClass", "A {0} cannot be an element of a {1}."},
+    {"ForArgument", "This was for the argument '{0}' of '{1}'."},
+    {"ForProperty", "This was for the property '{0}' of a {1}."},
     {"InvalidHandle", "The object no longer refers to a live element."},
     {"InvalidName", "'{0}' is not a name for a class, method or package."},
+    {"InvalidSignature", "The signature of '{0}' is not sound: {1}."},
     {"MethodExists", "The class '{0}' already has a method '{1}'."},
     {"NameExists", "'{0}' is already defined."},
+    {"NoSuchMember", "There is no '{1}' in the class '{0}'."},
+    {"NotAMethod", "'{1}' of the class '{0}' is not a method that can be called like this."},
+    {"NotAProperty", "'{1}' of the class '{0}' is a method, not a property."},
+    {"NotAValueClass", "'{0}' is not a class of values."},
     {"NotAnObject", "Expected a 1-by-1 object; given was: {0}."},
+    {"NotConstructed", "The constructor of '{0}' gave no object."},
+    {"NotConstructible", "Objects of the class '{0}' cannot be constructed."},
+    {"ReadOnlyProperty", "The property '{1}' of the class '{0}' is read-only."},
+    {"SuperclassCycle", "The class '{0}' would be its own superclass."},
+    {"TooFewArguments", "'{0}' needs at least {1} arguments; given were {2}."},
+    {"TooManyArguments", "'{0}' takes at most {1} arguments; given were {2}."},
     {"UnknownClass", "There is no class '{0}'."},
     {"UnknownParentPackage", "The package '{1}', which is to hold '{0}', is not known."},
+    {"UnknownType", "There is no data type '{0}'."},
+    {"WrongShape", "A '{0}' is expected; the size does not fit: {1}."},
 };
 
 /// A key of the two tables above.

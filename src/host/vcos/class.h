@@ -31,7 +31,7 @@ class VEXAL_API COSClass {
   /// A sentence; empty without documentation.
   std::string_view doc() const noexcept;
   /// Null for a class at the root.
-  COSClass* superclass() const noexcept;
+  const COSClass* superclass() const noexcept;
   bool isOrDerivesFrom(const COSClass& ancestor) const noexcept;
   /// Nothing for a class that has no description.
   std::optional<ClassKind> kind() const noexcept;

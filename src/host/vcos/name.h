@@ -15,7 +15,9 @@ class InternedName {
   constexpr InternedName() = default;
   explicit constexpr InternedName(const std::string* text) : text_(text) {}
   /// Valid for ever; empty without a name.
-  std::string_view text() const noexcept { return text_ == nullptr ? "" : *text_; }
+  std::string_view text() const noexcept {
+    return text_ == nullptr ? std::string_view() : std::string_view(*text_);
+  }
   constexpr bool operator==(const InternedName&) const = default;
 
  private:

@@ -41,8 +41,8 @@ struct NativeFamily {
   /// Whether the native can be used; asked before each use while it is retained. When
   /// null, it can until it is removed.
   bool (*isAlive)(const Native& native) noexcept = nullptr;
-  /// The class of a native; when null, whoever announces it must name the class.
-  COSClass* (*classOf)(const Native& native) = nullptr;
+  /// The class of a native, alive or not; when null, whoever announces it must name it.
+  const COSClass* (*classOf)(const Native& native) = nullptr;
   /// A few words on a living native for messages; when null, none.
   std::string (*describe)(const Native& native) = nullptr;
 };
@@ -62,7 +62,7 @@ class VEXAL_API BindingRegistry {
   /// "Vexal:class:UnknownClass" when there is neither, "Vexal:class:InvalidHandle" for a
   /// null native.
   static vexal::ArrayPtr announce(const NativeFamily& family, Native native,
-                                  COSClass* hostClass = nullptr);
+                                  const COSClass* hostClass = nullptr);
 
   /// The same for a class by name; raises "Vexal:class:UnknownClass" for an unknown one.
   static vexal::ArrayPtr announce(const NativeFamily& family, Native native,
@@ -82,15 +82,15 @@ class VEXAL_API BindingRegistry {
   /// `hostClass` is needed, and the array is 0-by-0. Raises what announce() raises, and
   /// "Vexal:class:InvalidHandle" for a family that does not retain.
   static vexal::ArrayPtr announceAll(const NativeFamily& family, std::span<void* const> natives,
-                                     COSClass* hostClass = nullptr,
+                                     const COSClass* hostClass = nullptr,
                                      Reference reference = Reference::Retain);
 
   /// Parts a native from its host object, if it has one, of which every further use raises
   /// "Vexal:class:InvalidHandle". What the object retained it releases when it goes.
-  static void remove(Native native) noexcept;
+  static void remove(const NativeFamily& family, Native native) noexcept;
 
   /// Whether the native has a host object now.
-  static bool isAnnounced(Native native) noexcept;
+  static bool isAnnounced(const NativeFamily& family, Native native) noexcept;
 };
 
 }  // namespace factory::basic

@@ -2,8 +2,11 @@
 
 #include <map>
 
+#include "host/detail/class_table.h"
 #include "host/detail/messages.h"
 #include "host/detail/thread.h"
+#include "host/vcos/detail/description.h"
+#include "host/vcos/detail/loading.h"
 
 namespace vcos {
 namespace {
@@ -35,18 +38,6 @@ bool isWellFormed(std::string_view name) {
   const bool hasEmptyEnd = name.empty() || name.front() == '.' || name.back() == '.';
   return !hasEmptyEnd && name.find("..") == std::string_view::npos;
 }
-
-// Marks a package whose hook is running.
-class LoadingScope {
- public:
-  explicit LoadingScope(bool& isLoading) : isLoading_(isLoading) { isLoading_ = true; }
-  ~LoadingScope() { isLoading_ = false; }
-  LoadingScope(const LoadingScope&) = delete;
-  LoadingScope& operator=(const LoadingScope&) = delete;
-
- private:
-  bool& isLoading_;
-};
 
 void removeTree(const std::string& name) {
   std::erase_if(packages(), [&](const auto& entry) {
@@ -93,6 +84,7 @@ COSPackage* COSPackage::addPackage(std::unique_ptr<COSPackageInfo> info) {
   try {
     package->info_->initializePackage(package);
   } catch (...) {
+    vexal::detail::removeUnusedClasses(name);
     removeTree(name);
     throw;
   }
@@ -102,12 +94,61 @@ COSPackage* COSPackage::addPackage(std::unique_ptr<COSPackageInfo> info) {
 COSPackage* COSPackage::getPackage(std::string_view name) {
   vexal::detail::requireHostThread();
   if (COSPackage* const known = find(name)) return known;
-  if (parentName(name).empty()) return nullptr;
-  COSPackage* const parent = getPackage(parentName(name));
-  if (parent == nullptr || parent->isLoading_) return nullptr;
-  const LoadingScope loading(parent->isLoading_);
-  const bool isLoaded = parent->info_->attemptToLoadSubPackage(parent, shortName(name));
-  return isLoaded ? find(name) : nullptr;
+  return detail::Loading::ask(name, &COSPackageInfo::attemptToLoadSubPackage) ? find(name)
+                                                                              : nullptr;
+}
+
+void COSPackage::addClass(std::unique_ptr<COSClassInfo> info) {
+  vexal::detail::requireHostThread();
+  const std::string fullName = info->name();
+  if (!isWellFormed(fullName) || parentName(fullName) != name()) fail("InvalidName", {fullName});
+  if (vexal::detail::findClass(fullName) != nullptr || find(fullName) != nullptr) {
+    info_->throwErrorForDefinitionOfExistingName(fullName);
+  }
+  auto description = std::make_unique<detail::Description>(std::move(info));
+  vexal::detail::addClass(fullName, nullptr).description = std::move(description);
+}
+
+void COSPackage::addClass(const factory::ClassTable& table) {
+  addClass(std::make_unique<factory::VcosFactoryClassInfo>(table));
+}
+
+std::vector<std::string> COSPackage::classNames() const {
+  return vexal::detail::classNamesBelow(name());
+}
+
+std::vector<std::string> COSPackage::packageNames(const COSPackage* below) {
+  vexal::detail::requireHostThread();
+  std::vector<std::string> names;
+  for (const auto& [name, package] : packages()) {
+    if (package->parent() == below) names.push_back(name);
+  }
+  return names;
+}
+
+// Marks the package while it is asked.
+bool detail::Loading::ask(std::string_view name, Hook hook) {
+  if (parentName(name).empty()) return false;
+  COSPackage* const package = COSPackage::getPackage(parentName(name));
+  if (package == nullptr || package->isLoading_) return false;
+  package->isLoading_ = true;
+  struct Done {
+    COSPackage& package;
+    ~Done() { package.isLoading_ = false; }
+  } const done{*package};
+  return (package->info().*hook)(package, shortName(name));
+}
+
+bool detail::loadClass(std::string_view name) {
+  return Loading::ask(name, &COSPackageInfo::attemptToLoadClass);
+}
+
+bool detail::loadFunction(std::string_view name) {
+  return Loading::ask(name, &COSPackageInfo::attemptToLoadFunction);
+}
+
+bool detail::loadType(std::string_view name) {
+  return Loading::ask(name, &COSPackageInfo::attemptToLoadType);
 }
 
 }  // namespace vcos

@@ -15,6 +15,10 @@ namespace vcos {
 
 class COSPackage;
 
+namespace detail {
+class Loading;
+}
+
 /// Describes one package. Owned by the package once that is added.
 class VEXAL_API COSPackageInfo {
  public:
@@ -80,6 +84,7 @@ class VEXAL_API COSPackage {
   COSPackage* parent() const noexcept { return parent_; }
 
  private:
+  friend class detail::Loading;
   COSPackage(std::unique_ptr<COSPackageInfo> info, COSPackage* parent);
 
   std::unique_ptr<COSPackageInfo> info_;

@@ -48,7 +48,7 @@ struct VcosMethod;
 /// One call of a method, as its body sees it. Everything is borrowed for the call.
 struct MethodCall {
   /// The class that the method was asked of, which may be a subclass of the one that has it.
-  COSClass& hostClass;
+  const COSClass& hostClass;
   const VcosMethod& method;
   /// The object; null for static methods and constructors.
   const vxArray* object = nullptr;
