@@ -1,30 +1,18 @@
 #include "design/generation.h"
 
 #include <algorithm>
-#include <cmath>
 #include <unordered_map>
 
 #include "design/exhaustive.h"
 #include "design/host.h"
 #include "design/parameter_sample.h"
-
-#if __has_include(<unistd.h>)
-#include <unistd.h>
-#endif
+#include "design/random_parameter_space.h"
 
 namespace kxsim::design::generation {
 
 namespace {
 
 using mf::zero::ElementImpl;
-
-double physicalMemory() {
-#ifdef _SC_PHYS_PAGES
-  return static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
-#else
-  return 1e18;
-#endif
-}
 
 /// The samples of all runs of one child, run after run, so that combining reads them in a row.
 class SampleTable {
@@ -102,62 +90,63 @@ std::size_t runOf(double level, const SampleTable& table) {
 
 }  // namespace
 
-void checkFitsMemory(double runs, std::size_t samplesPerRun) {
-  constexpr double kMostRuns = 4e8;    // of a model's element identifiers
-  constexpr double kRunBytes = 80;     // an iteration and its place in the result
-  constexpr double kSampleBytes = 16;  // a reference, both ends
-  const double bytes = runs * (kRunBytes + kSampleBytes * static_cast<double>(samplesPerRun));
-  if (runs > kMostRuns || bytes > physicalMemory()) host::raiseDesignError("TooManyIterations");
-}
-
-std::size_t checkedRuns(double runs, std::size_t samplesPerRun) {
-  checkFitsMemory(runs, samplesPerRun);
-  return runs > 0.0 ? static_cast<std::size_t>(std::ceil(runs)) : 0;
-}
-
 // Walking the tree: depth first with an explicit path, children before parents.
 
+Plan::Visit Plan::visitOf(const ParameterSpace& space) {
+  space->resolve();
+  Visit visit{{.space = space, .isExhaustive = space.as<Exhaustive>().isValid()}, {}};
+  if (const auto combined = space.as<CombinatorialParameterSpace>()) {
+    visit.node.isLeaf = false;
+    visit.open = combined.parameterSpaces().toContainer();
+    std::ranges::reverse(visit.open);
+  }
+  return visit;
+}
+
 Plan::Plan(const CombinatorialParameterSpace::Impl& root) {
-  struct Visit {
-    Node node;
-    std::vector<ParameterSpace> open;  ///< children still to be visited, last first
-  };
   constexpr std::size_t kOnPath = static_cast<std::size_t>(-1);
-  std::unordered_map<const ElementImpl*, std::size_t> positions;
+  std::unordered_map<const ElementImpl*, std::size_t> positions{{&root, kOnPath}};
   std::vector<Visit> path;
-
-  const auto enter = [&](const ParameterSpace& space) {
-    space->resolve();
-    Visit visit{{space, space.as<Exhaustive>().isValid(), true, {}, 0.0}, {}};
-    if (const auto combined = space.as<CombinatorialParameterSpace>()) {
-      visit.node.isLeaf = false;
-      visit.open = combined.parameterSpaces().toContainer();
-      std::ranges::reverse(visit.open);
-    }
-    positions[space.impl()] = kOnPath;
-    path.push_back(std::move(visit));
-  };
-
-  enter(ParameterSpace(const_cast<CombinatorialParameterSpace::Impl*>(&root)));
+  path.push_back(visitOf(ParameterSpace(const_cast<CombinatorialParameterSpace::Impl*>(&root))));
   while (!path.empty()) {
     Visit& top = path.back();
     if (top.open.empty()) {
-      top.node.count = countOf(top.node);
       positions[top.node.space.impl()] = nodes_.size();
-      nodes_.push_back(std::move(top.node));
+      add(std::move(top.node));
       path.pop_back();
       continue;
     }
     const ParameterSpace child = top.open.back();
-    const auto known = positions.find(child.impl());
-    if (known == positions.end()) {
-      enter(child);
+    const auto [known, isNew] = positions.try_emplace(child.impl(), kOnPath);
+    if (isNew) {
+      path.push_back(visitOf(child));
       continue;
     }
     if (known->second == kOnPath) host::raiseDesignError("SpaceContainsItself");
     top.node.children.push_back(known->second);
     top.open.pop_back();
   }
+}
+
+void Plan::add(Node node) {
+  node.count = countOf(node);
+  measure(node);
+  nodes_.push_back(std::move(node));
+}
+
+void Plan::measure(Node& node) const {
+  if (node.isLeaf) {
+    const auto drawn = node.space.as<RandomParameterSpace>();
+    node.width = drawn ? static_cast<double>(drawn.parameters().size()) : 1.0;
+    node.demand = demandOfDrawing(node.count, node.width);
+    return;
+  }
+  for (const std::size_t child : node.children) {
+    node.width += nodes_[child].width;
+    node.demand += nodes_[child].demand;
+  }
+  const std::size_t matrixRows = node.isExhaustive ? node.children.size() : 0;
+  node.demand += demandOfCombining(node.count, node.width, matrixRows);
 }
 
 double Plan::countOf(const Node& node) const {
@@ -180,8 +169,8 @@ double Plan::countOf(const Node& node) const {
 // Building: every listing of a child builds its runs anew.
 
 std::vector<Iteration> Plan::createIterations() const {
-  // As far as the counts tell, too many are refused before anything is made.
-  for (const Node& node : nodes_) checkFitsMemory(node.count, 0);
+  // As far as the counts tell, too much is refused before anything is made.
+  checkFits(nodes_.back().demand);
   struct Frame {
     const Node* node;
     std::vector<Runs> lists;
@@ -215,11 +204,10 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
   for (const std::size_t child : node.children) levels.push_back(nodes_[child].count);
   const std::vector<SampleTable> tables = tablesOf(lists);
   std::vector<ElementImpl*> samples(widthOf(tables));
-  const std::size_t count = checkedRuns(node.count, samples.size());
+  const std::size_t count = runsOf(node.count);
   const host::ArrayPtr matrix = designMatrix(levels);
   Runs runs;
   if (count == 0) return runs;
-  runs.reserve(count);
   for (const SampleTable& table : tables) table.expectUses(count);
   // Without factors there is one run, whatever the matrix is.
   const auto design = levels.empty() ? std::span<const double>() : host::doubleData(matrix.get());
@@ -239,12 +227,11 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
 Plan::Runs Plan::pairUp(const Node& node, const std::vector<Runs>& lists) const {
   const std::vector<SampleTable> tables = tablesOf(lists);
   std::vector<ElementImpl*> samples(widthOf(tables));
-  std::size_t count = checkedRuns(node.count, samples.size());
+  std::size_t count = runsOf(node.count);
   // A count may promise more than a child gives; the shortest list ends it.
   for (const SampleTable& table : tables) count = std::min(count, table.runs());
   const mf::zero::Model model = node.space->getModel();
   Runs runs;
-  runs.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
     ElementImpl** end = samples.data();
     for (const SampleTable& table : tables) end = table.writeRun(i, end);

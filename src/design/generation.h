@@ -7,17 +7,11 @@
 #include <vector>
 
 #include "design/combinatorial_parameter_space.h"
+#include "design/demand.h"
 #include "design/iteration.h"
 #include "design/parameter_space.h"
 
 namespace kxsim::design::generation {
-
-/// Raises "Kxsim:Design:TooManyIterations" when that many runs of that many samples each are more
-/// than a model or this machine can hold; infinity is too many, NaN and less than none are not.
-void checkFitsMemory(double runs, std::size_t samplesPerRun);
-
-/// `checkFitsMemory`, and how many runs the number promises: one for every i from 0 that is below.
-std::size_t checkedRuns(double runs, std::size_t samplesPerRun);
 
 /// A tree of spaces below one combinatorial space, as it stands at construction.
 class Plan {
@@ -40,13 +34,23 @@ class Plan {
 
   struct Node {
     ParameterSpace space;
-    bool isExhaustive;
-    bool isLeaf;
-    std::vector<std::size_t> children;  ///< positions in nodes_, before this one's
-    double count;
+    bool isExhaustive = false;
+    bool isLeaf = true;
+    std::vector<std::size_t> children = {};  ///< positions in nodes_, before this one's
+    double count = 0.0;                      ///< of runs
+    double width = 0.0;                      ///< samples of a run, at most
+    Demand demand = {};  ///< of building it, its children with every listing of them
+  };
+  /// A node whose children are still being visited.
+  struct Visit {
+    Node node;
+    std::vector<ParameterSpace> open;  ///< last first
   };
 
+  static Visit visitOf(const ParameterSpace& space);
+  void add(Node node);
   double countOf(const Node& node) const;
+  void measure(Node& node) const;
   Runs combine(const Node& node, const std::vector<Runs>& lists) const;
   Runs fullFactorial(const Node& node, const std::vector<Runs>& lists) const;
   Runs pairUp(const Node& node, const std::vector<Runs>& lists) const;

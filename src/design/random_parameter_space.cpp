@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "design/generation.h"
+#include "design/demand.h"
 #include "design/host.h"
 #include "design/iteration.h"
 #include "design/parameter_sample.h"
@@ -30,7 +30,9 @@ ParameterSample draw(const mf::zero::Model& model, const RandomParameter& parame
 }  // namespace
 
 std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
-  const std::size_t runs = generation::checkedRuns(getNumIterations(), getParameters().size());
+  const double count = getNumIterations();
+  checkFits(demandOfDrawing(count, static_cast<double>(getParameters().size())));
+  const std::size_t runs = runsOf(count);
   std::vector<Iteration> iterations;
   iterations.reserve(runs);
   const mf::zero::Model model = getModel();

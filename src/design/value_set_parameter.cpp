@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "design/demand.h"
 #include "design/host.h"
 #include "design/iteration.h"
 #include "design/parameter_sample.h"
@@ -26,6 +27,7 @@ double ValueSetParameter::Impl::getActualNumIterations() const {
 }
 
 std::vector<Iteration> ValueSetParameter::Impl::createIterations() const {
+  checkFits(demandOfDrawing(getActualNumIterations(), 1.0));
   std::vector<Iteration> iterations;
   const mf::zero::Model model = getModel();
   const ParameterType target = getParameterType();

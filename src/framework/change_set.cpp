@@ -92,10 +92,20 @@ void ChangeSet::collect(const ChangeIndex& index, const ChangeIndex::Entry& entr
   if (life) return;
   const PropertyInfo* property = element->classInfo().findByIndex(entry.property);
   const Change change(*this, ChangeKind::kModified, element, property);
+  if (hasChanged(change, entry)) log_.changes.push_back(change);
+}
+
+bool ChangeSet::hasChanged(const Change& change, const ChangeIndex::Entry& entry) const {
+  const PropertyInfo& property = *change.property();
   // A collection that grew or shrank has changed; no need to look at all it holds.
-  const bool changed = (property->has(kMany) && growthOf(log_, index, entry) != 0) ||
-                       !(change.oldValue() == change.newValue());
-  if (changed) log_.changes.push_back(change);
+  if (property.has(kMany) && growthOf(log_, log_.index(), entry) != 0) return true;
+  const Value before = change.oldValue();
+  const Value after = change.newValue();
+  if (property.kind == ValueKind::kArray) {
+    // As for the setter, another array is a change, whatever it holds.
+    return before.getValue<const vxArray*>() || after.getValue<const vxArray*>();
+  }
+  return !(before == after);
 }
 
 bool ChangeSet::empty() const {
@@ -116,7 +126,9 @@ std::span<const Change> ChangeSet::changes() const {
     }
   } else {
     const ChangeIndex& index = log_.index();
-    for (const ChangeIndex::Entry& entry : index.entries()) collect(index, entry);
+    for (const ChangeIndex::Entry& entry : index.entries()) {
+      if (entry.lastStep != ChangeIndex::kNone) collect(index, entry);
+    }
   }
   collected_ = true;
   return log_.changes;

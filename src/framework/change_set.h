@@ -62,6 +62,7 @@ class MF0_API ChangeSet {
   friend class Change;
   std::span<const Change> changes() const;
   void collect(const ChangeIndex& index, const ChangeIndex::Entry& entry) const;
+  bool hasChanged(const Change& change, const ChangeIndex::Entry& entry) const;
 
   UndoLog& log_;
   mutable bool collected_ = false;

@@ -131,7 +131,8 @@ void ReferenceCollection::assign(std::span<const ModelElement> elements) {
 void ReferenceCollection::reserve(std::size_t count) {
   ElementImpl& owner = writable(owner_);
   const ReferenceList& list = Raw::at<ReferenceList>(owner, *property_);
-  links::reserveSlots(owner, *property_, count + list.holes);
+  links::reserveSlots(owner, *property_,
+                      std::min<std::size_t>(count, links::kMaxPositions) + list.holes);
 }
 
 // Cursor

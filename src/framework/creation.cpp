@@ -224,7 +224,6 @@ void Creation::load(ElementImpl& proxy, const BuilderValues& values) {
     throw;
   }
   Raw::setProxy(proxy, false);
-  model.lists().clear();
   if (!model.isInTransaction()) model.log().drop(mark);
 }
 

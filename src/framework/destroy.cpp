@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "framework/links.h"
+#include "framework/messages.h"
 #include "framework/model_impl.h"
 #include "framework/raw.h"
 #include "framework/references.h"
@@ -55,11 +56,7 @@ void retire(ModelImpl& model, UndoRecord& record) noexcept {
     const PropertyInfo& property = links::propertyOf(owner, entry.link);
     const std::uint32_t position = links::positionOf(entry.link);
     links::slotAt(owner, property, position).target = kNoElement;
-    if (!property.has(kMany)) continue;
-    ++Raw::at<ReferenceList>(owner, property).holes;
-    if (!model.lists().empty()) {
-      model.lists().removed(ListIndexes::key(entry.owner, property.index), position);
-    }
+    if (property.has(kMany)) links::emptied(owner, property, position);
   }
   links::withdraw(element);
   model.identities().remove(element);
@@ -68,11 +65,23 @@ void retire(ModelImpl& model, UndoRecord& record) noexcept {
   Raw::setInLog(element, true);
 }
 
+void checkUnreferenced(const ElementImpl& element, bool withContents) {
+  std::vector<ElementId> doomed{element.id()};
+  for (std::size_t i = 0; i < doomed.size(); ++i) {
+    const ElementImpl& one = *Chunk::find(element, doomed[i]);
+    if (isReferencedFromOutside(one, withContents ? element : one)) {
+      reportException(mf0::messages::CannotDestroyReferencedElement(one.classInfo().qualifiedName));
+    }
+    if (withContents) forEachContained(one, [&](ElementId child) { doomed.push_back(child); });
+  }
+}
+
 }  // namespace
 
-void destroy(ElementImpl& element, bool withContents) {
+void destroy(ElementImpl& element, bool withContents, bool evenIfReferenced) {
   ModelImpl& model = element.model();
   model.checkWritable();
+  if (!evenIfReferenced) checkUnreferenced(element, withContents);
   ModelImpl::Scope scope(model);
   detach(element);
   if (!withContents) {

@@ -149,11 +149,8 @@ void ElementImpl::assign(const PropertyInfo& property, ReferenceSlot& slot,
 
 void ElementImpl::doDestroy(bool withContents, bool evenIfReferenced) {
   if (flags_ & kAttention) refuseChange();
-  if (!evenIfReferenced && references::isReferencedFromOutside(*this)) {
-    reportException(mf0::messages::CannotDestroyReferencedElement(classInfo().qualifiedName));
-  }
   const ModelElement keep(this);
-  references::destroy(*this, withContents);
+  references::destroy(*this, withContents, evenIfReferenced);
 }
 
 void ElementImpl::reserveReferrers(std::size_t count) {

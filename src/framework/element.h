@@ -99,8 +99,8 @@ class MF0_API ElementImpl {
   /// Raises CannotModifyProxy for a proxy; CannotModifyFrozenModel.
   void destroy() { doDestroy(true, true); }
   /// As `destroy`. Without `withContents` the contained elements become roots; without
-  /// `evenIfReferenced` an element that others refer to is kept and
-  /// CannotDestroyReferencedElement is raised.
+  /// `evenIfReferenced`, CannotDestroyReferencedElement is raised and nothing is destroyed when
+  /// others refer to the element or to contents that would go with it.
   void doDestroy(bool withContents, bool evenIfReferenced);
   /// Makes room for that many more references to this element, for those who are about to make
   /// them; nothing visible changes.
@@ -141,7 +141,7 @@ class MF0_API ElementImpl {
   // Change support.
 
   /// The value before the open outermost transaction; the present one when there is none or it
-  /// did not change the property.
+  /// did not change the property; the empty value when the element was made in it.
   Value getOldValue(const meta::Property& property) const;
   /// Forgets pending changes of this element that ended where they began, as far as they lie in
   /// the innermost open transaction. Returns how many properties that concerned.

@@ -9,6 +9,7 @@
 #include "framework/raw.h"
 #include "framework/undo.h"
 #include "framework/values.h"
+#include "host/array.h"
 
 namespace mf::zero {
 
@@ -126,16 +127,17 @@ namespace {
 bool withdraw(ModelImpl& model, const ChangeIndex::Entry& entry) {
   UndoLog& log = model.log();
   const ChangeIndex& index = log.index();
-  std::vector<UndoRecord*> records;
+  std::vector<std::uint32_t> records;
   for (std::uint32_t step = entry.lastStep; step != ChangeIndex::kNone;
        step = index.step(step).previous) {
-    records.push_back(&log.records[index.step(step).record]);
-    if (records.back()->kind == UndoKind::kDestroy) return false;
+    records.push_back(index.step(step).record);
+    if (log.records[records.back()].kind == UndoKind::kDestroy) return false;
   }
-  for (UndoRecord* record : records) {
-    undo::settle(model, *record);
-    record->kind = UndoKind::kNothing;
+  for (const std::uint32_t number : records) {
+    undo::settle(model, log.records[number]);
+    log.records[number].kind = UndoKind::kNothing;
   }
+  log.index().forget(entry);
   return true;
 }
 
@@ -145,11 +147,13 @@ Value ElementImpl::getOldValue(const meta::Property& property) const {
   const PropertyInfo& info = checkedInfo(property);
   if (info.derive || !model().isInTransaction()) return get(info);
   if (isProxy() || (isDestroyed() && !Raw::isInLog(*this))) prepareRead();
-  return undo::valueBefore(model().log(), *this, info);
+  UndoLog& log = model().log();
+  return undo::isCreatedIn(log, *this) ? Value() : undo::valueBefore(log, *this, info);
 }
 
 int ElementImpl::revertUnchanged() {
   if (!model().isInTransaction()) return 0;
+  const vexal::ReleasePause pause;
   UndoLog& log = model().log();
   const ChangeIndex& index = log.index();
   int reverted = 0;
@@ -161,7 +165,6 @@ int ElementImpl::revertUnchanged() {
     if (undo::valueBefore(log, *this, property) != values::read(*this, property)) return;
     reverted += withdraw(model(), *entry);
   });
-  if (reverted > 0) log.shrunk();
   return reverted;
 }
 
@@ -169,7 +172,7 @@ int ElementImpl::revertUnchanged() {
 
 ElementState::ElementState(const ClassInfo& info) : info_(&info), values_(info.indexCount) {
   forEachProperty(info, [this](const PropertyInfo& property) {
-    if (property.defaultValue) setValue(property.index, values::parseDefault(property));
+    setValue(property.index, values::startOf(property));
   });
 }
 

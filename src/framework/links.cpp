@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "framework/element_pool.h"
@@ -49,6 +51,13 @@ void moved(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posit
   }
 }
 
+/// Tells the index of a list, where there is one, of a change of its slots.
+template <class Tell>
+void tellIndex(const ElementImpl& owner, const PropertyInfo& property, Tell tell) noexcept {
+  ListIndexes& lists = owner.model().lists();
+  if (!lists.empty()) tell(lists, ListIndexes::key(owner.id(), property.index));
+}
+
 template <class Visit>
 void forEachOutgoing(ElementImpl& element, Visit&& visit) {
   for (const PropertyInfo* property : Raw::layout(element).references()) {
@@ -61,6 +70,10 @@ void forEachOutgoing(ElementImpl& element, Visit&& visit) {
   }
 }
 
+[[noreturn]] void raiseTooLong(std::string_view what) {
+  reportException(mf0::messages::ListIsFull(what, std::to_string(kMaxPositions - 1)));
+}
+
 }  // namespace
 
 void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count) {
@@ -68,7 +81,7 @@ void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t 
   const std::uint32_t room = roomOf(list);
   if (count <= room) return;
   if (count >= kMaxPositions) {
-    reportException(mf0::messages::ModelIsFull("a collection"));
+    raiseTooLong("a collection");
   }
   std::size_t bytes = (count + 1) * sizeof(ReferenceSlot);
   ReferenceSlot* block;
@@ -87,7 +100,7 @@ void growReferrers(ElementImpl& target, std::size_t count) {
   IncomingList*& list = Raw::incoming(target);
   const std::size_t wanted = (list ? list->size : 0) + count;
   if (wanted >= std::numeric_limits<std::uint32_t>::max()) {
-    reportException(mf0::messages::ModelIsFull("a list of referrers"));
+    raiseTooLong("an element's list of referrers");
   }
   std::size_t bytes = (wanted + 1) * sizeof(Incoming);
   if (list) {
@@ -111,8 +124,31 @@ void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posit
   } else {
     slot.back = noteReferrer(target, {owner.id(), link(property, position)});
   }
-  if (property.has(kMany)) --Raw::at<ReferenceList>(owner, property).holes;
+  if (property.has(kMany)) filled(owner, property, position);
 }
+
+void filled(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept {
+  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
+  --list.holes;
+  tellIndex(owner, property, [&](ListIndexes& lists, std::uint64_t key) {
+    lists.filled(key, position, list.slots[position].target);
+  });
+}
+
+void emptied(const ElementImpl& owner, const PropertyInfo& property,
+             std::uint32_t position) noexcept {
+  ++Raw::at<ReferenceList>(owner, property).holes;
+  tellIndex(owner, property,
+            [&](ListIndexes& lists, std::uint64_t key) { lists.emptied(key, position); });
+}
+
+namespace {
+
+void dropIndex(const ElementImpl& owner, const PropertyInfo& property) noexcept {
+  tellIndex(owner, property, [](ListIndexes& lists, std::uint64_t key) { lists.drop(key); });
+}
+
+}  // namespace
 
 void placeAtEnd(ElementImpl& owner, const PropertyInfo& property,
                 std::span<ElementImpl* const> targets) noexcept {
@@ -124,6 +160,7 @@ void placeAtEnd(ElementImpl& owner, const PropertyInfo& property,
     ++entry.link;
   }
   list.size += static_cast<std::uint32_t>(targets.size());
+  dropIndex(owner, property);
 }
 
 void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept {
@@ -135,7 +172,7 @@ void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t pos
     forgetReferrer(target, slot.back);
   }
   slot.target = kNoElement;
-  if (property.has(kMany)) ++Raw::at<ReferenceList>(owner, property).holes;
+  if (property.has(kMany)) emptied(owner, property, position);
 }
 
 void openGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
@@ -147,6 +184,10 @@ void openGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t pos
   list.size += count;
   list.holes += count;
   for (std::uint32_t i = position + count; i < list.size; ++i) moved(owner, property, i);
+  const bool isAtEnd = position + count == list.size;
+  tellIndex(owner, property, [&](ListIndexes& lists, std::uint64_t key) {
+    isAtEnd&& count == 1 ? lists.grown(key) : lists.drop(key);
+  });
 }
 
 void closeGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
@@ -157,6 +198,10 @@ void closeGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t po
   std::memmove(list.slots + position, list.slots + position + count,
                (list.size - position) * sizeof(ReferenceSlot));
   for (std::uint32_t i = position; i < list.size; ++i) moved(owner, property, i);
+  const bool isAtEnd = position == list.size;
+  tellIndex(owner, property, [&](ListIndexes& lists, std::uint64_t key) {
+    isAtEnd ? lists.shrunk(key, count) : lists.drop(key);
+  });
 }
 
 void compact(ElementImpl& owner, const PropertyInfo& property) noexcept {
@@ -170,6 +215,7 @@ void compact(ElementImpl& owner, const PropertyInfo& property) noexcept {
   }
   list.size = kept;
   list.holes = 0;
+  dropIndex(owner, property);
 }
 
 void enter(ElementImpl& element) noexcept {
@@ -190,8 +236,7 @@ void withdraw(ElementImpl& element) noexcept {
 void releaseSlots(ElementImpl& element, const PropertyInfo& property) noexcept {
   const ReferenceList list = std::exchange(Raw::at<ReferenceList>(element, property), {});
   if (!list.slots) return;
-  ListIndexes& lists = element.model().lists();
-  if (!lists.empty()) lists.drop(ListIndexes::key(element.id(), property.index));
+  dropIndex(element, property);
   arenaOf(element).release(list.slots - 1, (capacityOf(list.slots) + 1) * sizeof(ReferenceSlot));
 }
 

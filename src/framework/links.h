@@ -21,6 +21,9 @@ inline constexpr std::uint32_t kMaxPositions = 1U << kPositionBits;
 inline std::uint32_t link(const PropertyInfo& property, std::uint32_t position) {
   return static_cast<std::uint32_t>(property.index) << kPositionBits | position;
 }
+inline std::uint16_t propertyIndexOf(std::uint32_t link) {
+  return static_cast<std::uint16_t>(link >> kPositionBits);
+}
 inline std::uint32_t positionOf(std::uint32_t link) { return link & (kMaxPositions - 1); }
 inline const PropertyInfo& propertyOf(const ElementImpl& owner, std::uint32_t link) {
   return Raw::layout(owner).property(link >> kPositionBits);
@@ -33,7 +36,7 @@ inline ReferenceSlot& slotAt(const ElementImpl& owner, const PropertyInfo& prope
                              : Raw::at<ReferenceSlot>(owner, property);
 }
 
-/// Makes room for `count` slots in all. Throws std::bad_alloc, raises ModelIsFull.
+/// Makes room for `count` slots in all. Throws std::bad_alloc, raises ListIsFull.
 void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count);
 /// Makes room for `count` more referrers of `target`; its list, if any, has less.
 void growReferrers(ElementImpl& target, std::size_t count);
@@ -54,6 +57,12 @@ void placeAtEnd(ElementImpl& owner, const PropertyInfo& property,
                 std::span<ElementImpl* const> targets) noexcept;
 /// Empties a slot, at both ends. In a list this leaves a hole, which is counted.
 void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept;
+
+/// For who fills or empties a list's slot without the above: counts the holes, and tells the list's
+/// index.
+void filled(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept;
+void emptied(const ElementImpl& owner, const PropertyInfo& property,
+             std::uint32_t position) noexcept;
 
 /// Opens a gap of empty slots (counted as holes) at `position`; room must have been made.
 void openGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,

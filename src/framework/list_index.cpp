@@ -1,6 +1,5 @@
 #include "framework/list_index.h"
 
-#include <algorithm>
 #include <bit>
 
 namespace mf::zero {
@@ -34,22 +33,20 @@ std::uint32_t HoleIndex::slotAt(std::size_t index) const {
   return static_cast<std::uint32_t>(slot);
 }
 
-std::size_t HoleIndex::countBefore(std::uint32_t slot) const {
+std::size_t HoleIndex::countBefore(std::size_t slot) const {
   std::size_t total = 0;
   for (std::size_t i = slot; i > 0; i -= lowBit(i)) total += tree_[i];
   return total;
 }
 
-void HoleIndex::removed(std::uint32_t slot) noexcept {
-  for (std::size_t i = slot + 1; i < tree_.size(); i += lowBit(i)) --tree_[i];
+void HoleIndex::add(std::uint32_t slot, std::uint32_t change) noexcept {
+  for (std::size_t i = std::size_t{slot} + 1; i < tree_.size(); i += lowBit(i)) tree_[i] += change;
 }
 
-bool HoleIndex::appended() noexcept {
+bool HoleIndex::grown() noexcept {
   if (tree_.size() == tree_.capacity()) return false;
-  const auto i = static_cast<std::uint32_t>(tree_.size());
-  const std::size_t below =
-      countBefore(i - 1) - countBefore(static_cast<std::uint32_t>(i - lowBit(i)));
-  tree_.push_back(static_cast<std::uint32_t>(1 + below));
+  const std::size_t i = tree_.size();
+  tree_.push_back(static_cast<std::uint32_t>(countBefore(i - 1) - countBefore(i - lowBit(i))));
   return true;
 }
 
@@ -59,27 +56,27 @@ SlotIndex::SlotIndex(const ReferenceList& list)
     : table_(std::bit_ceil(3 * std::size_t{list.size})) {
   for (std::uint32_t slot = 0; slot < list.size; ++slot) {
     const ElementId target = list.slots[slot].target;
-    if (target != kNoElement) appended(target, slot);
+    if (target != kNoElement) filled(slot, target);
   }
 }
 
-SlotIndex::Place& SlotIndex::placeOf(ElementId target) {
+std::size_t SlotIndex::placeOf(ElementId target) const {
   std::size_t at = target * 0x9e3779b97f4a7c15U >> 32;
   for (;; ++at) {
-    Place& place = table_[at & (table_.size() - 1)];
-    if (place.target == target || place.target == kNoElement) return place;
+    at &= table_.size() - 1;
+    if (table_[at].target == target || table_[at].target == kNoElement) return at;
   }
 }
 
 std::optional<std::uint32_t> SlotIndex::find(const ReferenceList& list, ElementId target) const {
-  const Place& place = placeOf(target);
+  const Place& place = table_[placeOf(target)];
   const bool isThere =
       place.target == target && place.slot < list.size && list.slots[place.slot].target == target;
   return isThere ? std::optional(place.slot) : std::nullopt;
 }
 
-bool SlotIndex::appended(ElementId target, std::uint32_t slot) noexcept {
-  Place& place = placeOf(target);
+bool SlotIndex::filled(std::uint32_t slot, ElementId target) noexcept {
+  Place& place = table_[placeOf(target)];
   if (place.target == kNoElement) {
     if (4 * (used_ + 1) > 3 * table_.size()) return false;
     ++used_;
@@ -90,25 +87,47 @@ bool SlotIndex::appended(ElementId target, std::uint32_t slot) noexcept {
 
 // ListIndexes
 
+namespace {
+
+template <class Indexes>
+auto& indexOf(Indexes& indexes, const ReferenceList& list, std::uint64_t listKey,
+              std::size_t most) {
+  if (indexes.size() >= most && !indexes.contains(listKey)) indexes.clear();
+  return indexes.try_emplace(listKey, list).first->second;
+}
+
+/// Tells a list's index, if it has one, of a change; drops one that had no room for it.
+template <class Indexes, class Tell>
+void tell(Indexes& indexes, std::uint64_t listKey, Tell tell) noexcept {
+  const auto found = indexes.find(listKey);
+  if (found != indexes.end() && !tell(found->second)) indexes.erase(found);
+}
+
+}  // namespace
+
 const HoleIndex& ListIndexes::holes(const ReferenceList& list, std::uint64_t listKey) {
-  return holes_.try_emplace(listKey, list).first->second;
+  return indexOf(holes_, list, listKey, kMost);
 }
 
 const SlotIndex& ListIndexes::slots(const ReferenceList& list, std::uint64_t listKey) {
-  return slots_.try_emplace(listKey, list).first->second;
+  return indexOf(slots_, list, listKey, kMost);
 }
 
-void ListIndexes::removed(std::uint64_t listKey, std::uint32_t slot) noexcept {
-  const auto found = holes_.find(listKey);
-  if (found != holes_.end()) found->second.removed(slot);
+void ListIndexes::filled(std::uint64_t listKey, std::uint32_t slot, ElementId target) noexcept {
+  tell(holes_, listKey, [&](HoleIndex& index) { return index.filled(slot), true; });
+  tell(slots_, listKey, [&](SlotIndex& index) { return index.filled(slot, target); });
 }
 
-void ListIndexes::appended(std::uint64_t listKey, ElementId target, std::uint32_t slot) noexcept {
-  // An index without room for more is made anew when it is asked for.
-  const auto hole = holes_.find(listKey);
-  if (hole != holes_.end() && !hole->second.appended()) holes_.erase(hole);
-  const auto place = slots_.find(listKey);
-  if (place != slots_.end() && !place->second.appended(target, slot)) slots_.erase(place);
+void ListIndexes::emptied(std::uint64_t listKey, std::uint32_t slot) noexcept {
+  tell(holes_, listKey, [&](HoleIndex& index) { return index.emptied(slot), true; });
+}
+
+void ListIndexes::grown(std::uint64_t listKey) noexcept {
+  tell(holes_, listKey, [](HoleIndex& index) { return index.grown(); });
+}
+
+void ListIndexes::shrunk(std::uint64_t listKey, std::uint32_t count) noexcept {
+  tell(holes_, listKey, [&](HoleIndex& index) { return index.shrunk(count), true; });
 }
 
 void ListIndexes::drop(std::uint64_t listKey) noexcept {

@@ -53,6 +53,7 @@ constexpr CatalogEntry kCatalog[] = {
     {"NoSuchProperty", "The class '{0}' has no property '{1}'."},
     {"NoSuchElement", "The collection does not hold the element."},
     {"IndexOutOfRange", "The index {0} is out of range; the collection holds {1}."},
+    {"ListIsFull", "There is no room for more: {0} holds at most {1} references."},
     {"ModelIsFull", "The model is full: there is no room for more {0}."},
     {"ObserversDoNotSettle",
      "The observers of the model keep changing it in answer to each other's changes."},

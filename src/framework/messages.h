@@ -163,6 +163,9 @@ struct IndexOutOfRange : Message {
 struct ModelIsFull : Message {
   explicit ModelIsFull(std::string_view what) : Message("ModelIsFull", what) {}
 };
+struct ListIsFull : Message {
+  ListIsFull(std::string_view what, std::string_view most) : Message("ListIsFull", what, most) {}
+};
 struct ObserversDoNotSettle : Message {
   ObserversDoNotSettle() : Message("ObserversDoNotSettle") {}
 };

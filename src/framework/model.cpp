@@ -85,18 +85,15 @@ ModelImpl* Model::operator->() const {
   return impl_;
 }
 
-Model::Thawer::Thawer(Model model) : model_(std::move(model)), wasFrozen_(model_->isFrozen()) {
-  model_->setState(ModelImpl::kFrozen, false);
-}
+Model::Thawer::Thawer(Model model) : model_(std::move(model)) { model_->freeze(0, 1); }
 
-Model::Thawer::Thawer(Thawer&& other) noexcept
-    : model_(std::move(other.model_)), wasFrozen_(other.wasFrozen_) {}
+Model::Thawer::Thawer(Thawer&& other) noexcept = default;
 
 Model::Thawer::~Thawer() {
-  if (model_ && wasFrozen_) model_->setState(ModelImpl::kFrozen, true);
+  if (model_) model_->freeze(0, -1);
 }
 
-void Model::Freezer::freeze() const { model_->setState(ModelImpl::kFrozen, true); }
+void Model::Freezer::freeze() const { model_->freeze(1, 0); }
 
 // Transaction
 
@@ -131,13 +128,14 @@ void Transaction::rollback() { end(false, std::nullopt); }
 // ModelImpl: life
 
 ModelImpl::ModelImpl(bool shared) : pool_(*this), identities_(pool_), shared_(shared) {
+  auto log = std::make_unique<UndoLog>(*this);
   makeSpare();
-  log_ = spare_;
-  spare_ = nullptr;
-  makeSpare();
+  log_ = log.release();
 }
 
 ModelImpl::~ModelImpl() {
+  delete log_;
+  while (spare_) delete std::exchange(spare_, spare_->next);
   for (const auto& entry : observers_) entry->model = nullptr;
 }
 
@@ -149,6 +147,12 @@ void ModelImpl::removeSharedRef() noexcept {
   if (std::atomic_ref(refs_).fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
 }
 
+void ModelImpl::freeze(int freezes, int thaws) noexcept {
+  toBeFrozen_ |= freezes > 0;
+  thaws_ += thaws;
+  setState(kFrozen, toBeFrozen_ && thaws_ == 0);
+}
+
 void ModelImpl::refuseWrite() const {
   if (!isOpen()) reportException(mf0::messages::CannotUseClosedModel());
   reportException(mf0::messages::CannotModifyFrozenModel());
@@ -157,7 +161,10 @@ void ModelImpl::refuseWrite() const {
 void ModelImpl::close() {
   if (!isQuiet()) reportException(mf0::messages::CannotCloseModelInTransaction());
   const Model keep(this);
+  // What ends with the elements may be foreign code, which must find the model closed.
+  const std::shared_ptr<ElementLoader> loader = std::move(loader_);
   const vexal::ReleasePause pause;
+  setState(kClosed, true);
   pool_.forEach([this](ElementImpl& element) {
     Raw::setDestroyed(element, true);
     undo::discard(*this, element);
@@ -165,8 +172,6 @@ void ModelImpl::close() {
   liveElements_ = 0;
   identities_.clear();
   lists_.clear();
-  loader_.reset();
-  setState(kClosed, true);
 }
 
 // ModelImpl: elements
@@ -278,7 +283,6 @@ void ModelImpl::rollbackTo(std::size_t mark) noexcept {
     records.pop_back();
     undo::revert(*this, record);
   }
-  lists_.clear();
   log_->shrunk();
 }
 
@@ -321,15 +325,21 @@ void ModelImpl::dropEndedObservers() {
   setState(kObserved, !observers_.empty());
 }
 
-// Ending what a log kept alive may run foreign code, that of a host object's payload: the log is
-// out of the model by then, and nothing of the model is half done.
 void ModelImpl::finish(UndoLog& log) noexcept {
-  if (!log.isOnePlainSet()) {
-    if (isIdle()) references::tidyAfter(*this, log.records);
-    for (const UndoRecord& record : log.records) undo::settle(*this, record);
+  if (log.isOnePlainSet()) return recycle(log);
+  // Ending what the records kept alive may run foreign code, that of a host object's payload.
+  const vexal::ReleasePause pause;
+  if (isIdle()) references::tidyAfter(*this, log.records);
+  for (const UndoRecord& record : log.records) undo::settle(*this, record);
+  recycle(log);
+}
+
+void ModelImpl::recycle(UndoLog& log) noexcept {
+  if (spare_ && spare_->next) {
+    delete &log;
+    return;
   }
   log.clear();
-  if (spare_) log.release();
   log.next = std::exchange(spare_, &log);
   setState(kNoSpare, false);
 }
@@ -347,8 +357,7 @@ void ModelImpl::prepareWrite() {
 }
 
 void ModelImpl::makeSpare() {
-  logs_.push_back(std::make_unique<UndoLog>(*this));
-  spare_ = logs_.back().get();
+  spare_ = new UndoLog(*this);
   setState(kNoSpare, false);
 }
 
@@ -367,15 +376,20 @@ void ModelImpl::publish() {
 void ModelImpl::drain() {
   const Model keep(this);
   std::exception_ptr first;
-  int round = 0;
-  while (told_) {
-    if (round++ < kMostRounds) {
+  // A round is what the observers' answers to the one before have queued.
+  const UndoLog* lastOfRound = lastTold_;
+  for (int round = 0; told_;) {
+    if (round < kMostRounds) {
       tell(*told_, first);
     } else if (!first) {
       first = doNotSettle();
     }
     UndoLog& told = *told_;
     told_ = told.next;
+    if (&told == lastOfRound) {
+      lastOfRound = lastTold_;
+      ++round;
+    }
     finish(told);
   }
   if (state_ & kObserverEnded) dropEndedObservers();

@@ -122,7 +122,7 @@ class MF0_API Model {
   ModelImpl* impl_ = nullptr;
 };
 
-/// Makes a frozen model writable while it lives.
+/// Makes a frozen model writable while it lives; the last of several freezes it again.
 class MF0_API Model::Thawer {
  public:
   explicit Thawer(Model model);
@@ -132,7 +132,6 @@ class MF0_API Model::Thawer {
 
  private:
   Model model_;
-  bool wasFrozen_;
 };
 
 /// Freezes a model: every change raises CannotModifyFrozenModel until it is thawed.

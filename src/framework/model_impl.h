@@ -148,6 +148,7 @@ class MF0_API ModelImpl {
     kObserverEnded = 32  ///< and is to be dropped when nobody is being told
   };
 
+  void freeze(int freezes, int thaws) noexcept;
   void prepareWrite();
   void makeSpare();
   void addSharedRef() noexcept;
@@ -164,6 +165,7 @@ class MF0_API ModelImpl {
   void dropEndedObservers();
   void tell(UndoLog& log, std::exception_ptr& first);
   void finish(UndoLog& log) noexcept;
+  void recycle(UndoLog& log) noexcept;
   UndoLog& takeLog() noexcept;
   void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
   /// An element with empty values, unrecorded. The identity must be free.
@@ -178,8 +180,8 @@ class MF0_API ModelImpl {
   };
   std::vector<OpenTransaction> open_;  ///< outermost first
   std::uint64_t lastSerial_ = 0;
-  std::vector<std::unique_ptr<UndoLog>> logs_;  ///< all of the following
-  UndoLog* log_;                                ///< of the open transaction
+  // Logs, which belong to the model.
+  UndoLog* log_;             ///< of the open transaction
   UndoLog* told_ = nullptr;  ///< committed and being told; those that wait are behind it
   UndoLog* lastTold_ = nullptr;
   UndoLog* spare_ = nullptr;  ///< empty ones for the next transactions
@@ -191,6 +193,8 @@ class MF0_API ModelImpl {
   TextCache texts_;
   std::size_t liveElements_ = 0;
   std::uint32_t refs_ = 0;
+  int thaws_ = 0;
+  bool toBeFrozen_ = false;
   bool shared_;
 };
 

@@ -30,13 +30,19 @@ const ChangeIndex::Entry* entryOf(UndoLog& log, const ElementImpl& element,
   return log.index().find(element.id(), property.index);
 }
 
+bool touches(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
+  if (!log.isOnePlainSet()) return entryOf(log, element, property) != nullptr;
+  const UndoRecord& only = log.records.front();  // no need of an index
+  return only.element == element.id() && only.property == property.index;
+}
+
 /// The later logs that touch the property, oldest first. Those that observers have yet to be told
 /// of can be many.
 std::vector<UndoLog*> laterTouching(UndoLog& log, const ElementImpl& element,
                                     const PropertyInfo& property) {
   std::vector<UndoLog*> found;
   for (UndoLog* next = log.model.logAfter(log); next; next = log.model.logAfter(*next)) {
-    if (entryOf(*next, element, property)) found.push_back(next);
+    if (touches(*next, element, property)) found.push_back(next);
   }
   return found;
 }
@@ -99,8 +105,9 @@ Value collectionBefore(const std::vector<UndoLog*>& logs, const ElementImpl& ele
 
 /// The value before the first change of a log that touches the property.
 Value singleBefore(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
-  const ChangeIndex::Entry& entry = *entryOf(log, element, property);
-  const UndoRecord& record = log.records[log.index().step(entry.firstStep).record];
+  const std::uint32_t first =
+      log.isOnePlainSet() ? 0 : log.index().step(entryOf(log, element, property)->firstStep).record;
+  const UndoRecord& record = log.records[first];
   const auto handle = [&](ElementId id) { return ModelElement(Chunk::find(element, id)); };
   switch (record.kind) {
     case UndoKind::kText: return Text::share(record.old);
@@ -122,15 +129,14 @@ Value before(const std::vector<UndoLog*>& logs, const ElementImpl& element,
 
 }  // namespace
 
+bool isCreatedIn(UndoLog& log, const ElementImpl& element) {
+  const ChangeIndex::Entry* life = log.index().find(element.id(), ChangeIndex::kLifetime);
+  return life && log.records[log.index().step(life->firstStep).record].kind == UndoKind::kCreate;
+}
+
 Value valueBefore(UndoLog& log, const ElementImpl& element, const PropertyInfo& property) {
-  if (log.isOnePlainSet()) {  // no need of an index
-    const UndoRecord& only = log.records.front();
-    return only.element == element.id() && only.property == property.index
-               ? values::fromBits(property, only.old)
-               : valueAfter(log, element, property);
-  }
   std::vector<UndoLog*> logs = laterTouching(log, element, property);
-  if (entryOf(log, element, property)) logs.insert(logs.begin(), &log);
+  if (touches(log, element, property)) logs.insert(logs.begin(), &log);
   return before(logs, element, property);
 }
 

@@ -86,7 +86,7 @@ bool AbstractPrimitiveCollection::containsValue(const Value& value) const {
   }
   const std::size_t count = values::countOf(*property_, list);
   for (std::size_t i = 0; i < count; ++i) {
-    if (values::itemAt(*property_, list, i) == wanted) return true;
+    if (values::same(values::itemAt(*property_, list, i), wanted)) return true;
   }
   return false;
 }
@@ -134,7 +134,8 @@ void AbstractPrimitiveCollection::assignValues(std::span<const Value> items) {
   std::vector<Value> wanted;
   wanted.reserve(items.size());
   for (const Value& item : items) wanted.push_back(filled(*property_, item));
-  if (std::ranges::equal(values::read(owner, *property_).items(), wanted)) return;
+  const Value present = values::read(owner, *property_);
+  if (std::ranges::equal(present.items(), wanted)) return;
   ModelImpl::Scope scope(owner.model());
   for (std::size_t i = size(); i-- > 0;) removeOne(owner, *property_, i);
   for (const Value& item : wanted) addValue(item);

@@ -79,6 +79,7 @@ void ElementImpl::resolve() const {
 void ElementImpl::convertToProxy() {
   if (isDestroyed()) refuseChange();
   if (isProxy()) return;
+  model().checkWritable();
   if (!model().loader()) {
     reportException(mf0::messages::CannotConvertToProxy("the model has no loader"));
   }

@@ -55,17 +55,12 @@ void putInList(ElementImpl& owner, const PropertyInfo& property, std::uint32_t p
   ReferenceList& list = listOf(owner, property);
   links::reserveSlots(owner, property, std::size_t{list.size} + 1);
   if (!property.has(kContainment)) links::reserveReferrer(target);
-  const bool atEnd = position >= list.size;
-  if (atEnd) position = list.size;
+  position = std::min(position, list.size);
   if (model.isRecording() && !coveredByCreation(model, owner, property)) {
     model.log().noteInsert(owner.id(), property.index, position, UndoKind::kInsert, model.mark());
   }
   links::openGap(owner, property, position, 1);
   links::place(owner, property, position, target);
-  if (!model.lists().empty()) {
-    const std::uint64_t key = ListIndexes::key(owner.id(), property.index);
-    atEnd ? model.lists().appended(key, target.id(), position) : model.lists().drop(key);
-  }
 }
 
 void takeFromList(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
@@ -79,9 +74,6 @@ void takeFromList(ElementImpl& owner, const PropertyInfo& property, std::uint32_
                      .old = list.slots[position].target});
   }
   links::unplace(owner, property, position);
-  if (!model.lists().empty()) {
-    model.lists().removed(ListIndexes::key(owner.id(), property.index), position);
-  }
 }
 
 void take(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) {
@@ -133,7 +125,6 @@ void tidy(ElementImpl& owner, const PropertyInfo& property) {
   ModelImpl& model = owner.model();
   if (!model.isIdle()) return;
   links::compact(owner, property);
-  model.lists().drop(ListIndexes::key(owner.id(), property.index));
 }
 
 bool contains(const ElementImpl& container, const ElementImpl& element) {
@@ -309,13 +300,29 @@ void checkFew(const ElementImpl& owner, const PropertyInfo& property,
   }
 }
 
-/// The quick way for a short list of plain references: all checks, all room, one record, no undo.
-void appendFew(ElementImpl& owner, const PropertyInfo& property,
+/// Checks any number of targets for an empty list, against each other.
+void checkMany(const ElementImpl& owner, const PropertyInfo& property,
                std::span<ElementImpl* const> targets) {
+  std::vector<ElementId> ids;
+  ids.reserve(targets.size());
+  for (ElementImpl* target : targets) {
+    if (!isWelcome(owner.model(), *property.target, target)) admit(owner, property, target);
+    ids.push_back(target->id());
+  }
+  std::ranges::sort(ids);
+  if (std::ranges::adjacent_find(ids) != ids.end()) {
+    reportException(mf0::messages::CannotAddSecondObject());
+  }
+}
+
+/// The quick way for plain references: all checks, all room, one record, no undo.
+void appendAtOnce(ElementImpl& owner, const PropertyInfo& property,
+                  std::span<ElementImpl* const> targets) {
   ModelImpl& model = owner.model();
-  checkFew(owner, property, targets);
   ReferenceList& list = listOf(owner, property);
-  links::reserveSlots(owner, property, list.size + targets.size());
+  const std::size_t total = list.size + targets.size();
+  total <= kShortList ? checkFew(owner, property, targets) : checkMany(owner, property, targets);
+  links::reserveSlots(owner, property, total);
   for (ElementImpl* target : targets) links::reserveReferrer(*target);
   if (model.isRecording() && !coveredByCreation(model, owner, property)) {
     model.log().add({.kind = UndoKind::kInsert,
@@ -335,11 +342,13 @@ void append(ElementImpl& owner, const PropertyInfo& property,
   ModelImpl& model = owner.model();
   model.checkWritable();
   if (targets.empty()) return;
-  if (isSimple(property) && listOf(owner, property).size + targets.size() <= kShortList) {
-    return appendFew(owner, property, targets);
+  const ReferenceList& list = listOf(owner, property);
+  const std::size_t total = list.size + targets.size();
+  if (isSimple(property) && (total <= kShortList || list.size == 0)) {
+    return appendAtOnce(owner, property, targets);
   }
   ModelImpl::Scope scope(model);
-  links::reserveSlots(owner, property, listOf(owner, property).size + targets.size());
+  links::reserveSlots(owner, property, total);
   for (ElementImpl* target : targets) insert(owner, property, kEnd, target);
   scope.done();
 }
@@ -404,10 +413,20 @@ void assign(ElementImpl& owner, const PropertyInfo& property,
 }
 
 void tidyAfter(ModelImpl& model, std::span<const UndoRecord> records) noexcept {
+  const auto visit = [&](ElementId id, std::uint16_t index) {
+    ElementImpl& owner = *model.pool().at(id);
+    if (owner.isDestroyed()) return;
+    const PropertyInfo& property = *owner.classInfo().findByIndex(index);
+    if (property.isReferenceList()) tidy(owner, property);
+  };
   for (const UndoRecord& record : records) {
-    if (record.kind != UndoKind::kRemove) continue;
-    ElementImpl& owner = *model.pool().at(record.element);
-    if (!owner.isDestroyed()) tidy(owner, *owner.classInfo().findByIndex(record.property));
+    if (record.kind == UndoKind::kRemove) visit(record.element, record.property);
+    if (record.kind != UndoKind::kDestroy) continue;
+    auto* referrers = reinterpret_cast<IncomingList*>(record.old);
+    for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
+      const Incoming& entry = referrers->entries()[i];
+      visit(entry.owner, links::propertyIndexOf(entry.link));
+    }
   }
 }
 
@@ -436,11 +455,11 @@ void clear(ElementImpl& owner, const PropertyInfo& property) {
   tidy(owner, property);
 }
 
-bool isReferencedFromOutside(const ElementImpl& element) {
+bool isReferencedFromOutside(const ElementImpl& element, const ElementImpl& whole) {
   IncomingList* list = Raw::incoming(const_cast<ElementImpl&>(element));
   if (!list) return false;
   return std::any_of(list->entries(), list->entries() + list->size, [&](const Incoming& entry) {
-    return !contains(element, *Chunk::find(element, entry.owner));
+    return !contains(whole, *Chunk::find(element, entry.owner));
   });
 }
 

@@ -42,8 +42,8 @@ void assign(ElementImpl& owner, const PropertyInfo& property,
 void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position);
 /// Empties a list; one transaction.
 void clear(ElementImpl& owner, const PropertyInfo& property);
-/// Whether anything but the element itself and its contents refers to it.
-bool isReferencedFromOutside(const ElementImpl& element);
+/// Whether anything but `whole` and its contents refers to the element.
+bool isReferencedFromOutside(const ElementImpl& element, const ElementImpl& whole);
 /// Takes `element` out of all references to it; one transaction.
 void clearIncoming(ElementImpl& element);
 /// Closes the gaps of the lists that the records took from, where gaps are half of a list; the
@@ -51,7 +51,9 @@ void clearIncoming(ElementImpl& element);
 void tidyAfter(ModelImpl& model, std::span<const UndoRecord> records) noexcept;
 /// Takes a contained element out of its owner, if it has one. Within a transaction only.
 void detach(ElementImpl& child);
-/// Destroys `element`, with its contents or leaving them as roots; one transaction.
-void destroy(ElementImpl& element, bool withContents);
+/// Destroys `element`, with its contents or leaving them as roots; one transaction. Unless
+/// `evenIfReferenced`, raises CannotDestroyReferencedElement when anything else refers to one of
+/// the doomed.
+void destroy(ElementImpl& element, bool withContents, bool evenIfReferenced);
 
 }  // namespace mf::zero::references

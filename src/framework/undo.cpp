@@ -35,10 +35,11 @@ void revertDestroy(ModelImpl& model, ElementImpl& element, IncomingList* referre
   Raw::incoming(element) = referrers;
   for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
     const Incoming& entry = referrers->entries()[i];
-    const ElementImpl& owner = *model.pool().at(entry.owner);
+    ElementImpl& owner = *model.pool().at(entry.owner);
     const PropertyInfo& property = links::propertyOf(owner, entry.link);
-    links::slotAt(owner, property, links::positionOf(entry.link)) = {element.id(), i};
-    if (property.has(kMany)) --Raw::at<ReferenceList>(owner, property).holes;
+    const std::uint32_t position = links::positionOf(entry.link);
+    links::slotAt(owner, property, position) = {element.id(), i};
+    if (property.has(kMany)) links::filled(owner, property, position);
   }
   model.identities().restore(element);
   model.elementBack();
@@ -68,8 +69,8 @@ void revertValues(ElementImpl& element, const PropertyInfo& property,
     values::insertRaw(property, items, record.position, record.old);
     return;
   }
-  for (std::uint32_t i = 0; i < record.count; ++i) {
-    const std::uint64_t raw = values::removeRaw(property, items, record.position);
+  for (std::uint32_t i = record.count; i-- > 0;) {
+    const std::uint64_t raw = values::removeRaw(property, items, record.position + i);
     if (values::isText(property)) Text::adopt(raw);
   }
 }

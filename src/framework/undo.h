@@ -15,6 +15,8 @@ void settle(ModelImpl& model, const UndoRecord& record) noexcept;
 /// values; and its cell, unless handles are left.
 void discard(ModelImpl& model, ElementImpl& element) noexcept;
 
+/// Whether the element was made by one of the changes of `log`.
+bool isCreatedIn(UndoLog& log, const ElementImpl& element);
 /// The value of a property before the changes of `log`, and after them.
 Value valueBefore(UndoLog& log, const ElementImpl& element, const PropertyInfo& property);
 Value valueAfter(UndoLog& log, const ElementImpl& element, const PropertyInfo& property);

@@ -49,12 +49,16 @@ void UndoLog::clear() {
   mayBeVoid = false;
   next = nullptr;
   shrunk();
-  if (records.capacity() > kKept || changes.capacity() > kKept) release();
+  if (records.capacity() > kKept || changes.capacity() > kKept ||
+      index_.entries().capacity() > kKept) {
+    release();
+  }
 }
 
 void UndoLog::release() {
-  records.shrink_to_fit();
-  changes.shrink_to_fit();
+  records = {};
+  changes = {};
+  index_ = {};  // a table that is emptied keeps its buckets
 }
 
 void UndoLog::drop(std::size_t mark) {
@@ -109,6 +113,13 @@ void ChangeIndex::note(ElementId element, std::uint16_t property, std::uint32_t 
     steps_.push_back({record, sub, entry.lastStep});
     entry.lastStep = step;
   }
+}
+
+void ChangeIndex::forget(const Entry& entry) {
+  const auto found = byKey_.find(std::uint64_t{entry.element} << 16 | entry.property);
+  Entry& forgotten = entries_[found->second];
+  forgotten.firstStep = forgotten.lastStep = kNone;
+  byKey_.erase(found);
 }
 
 const ChangeIndex::Entry* ChangeIndex::find(ElementId element, std::uint16_t property) const {

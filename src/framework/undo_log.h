@@ -77,7 +77,10 @@ class ChangeIndex {
   /// Takes in the records that were added since the last call.
   void extend(const std::vector<UndoRecord>& records, ModelImpl& model);
   const Entry* find(ElementId element, std::uint16_t property) const;
+  /// All entries; forgotten ones have no steps.
   const std::vector<Entry>& entries() const { return entries_; }
+  /// Forgets an entry whose records were withdrawn.
+  void forget(const Entry& entry);
   const Step& step(std::uint32_t number) const { return steps_[number]; }
   void clear();
 

@@ -145,7 +145,7 @@ void Value::release() {
   }
 }
 
-std::span<const Value> Value::items() const {
+std::span<const Value> Value::items() const& {
   if (!isList() || !bits_) return {};
   return ListBox::at(bits_)->content;
 }

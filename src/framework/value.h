@@ -93,8 +93,9 @@ class MF0_API Value {
   template <class T>
   T getValue() const;
 
-  /// The items of a list; none for any other value.
-  std::span<const Value> items() const;
+  /// The items of a list, valid as long as a value holds it; none for any other value.
+  std::span<const Value> items() const&;
+  std::span<const Value> items() const&& = delete;  ///< of a value that ends before they are used
 
   /// Equality of kind and content: doubles by ==, texts and host arrays by content, elements by
   /// identity, lists item by item.

@@ -94,6 +94,22 @@ void raiseMisfit(const PropertyInfo& property) {
   reportException(mf0::messages::CannotCastIncompatibleTypes(property.type));
 }
 
+void checkLiteral(const EnumInfo& enumeration, const Value& value) {
+  const auto number = static_cast<std::int32_t>(value.bits());
+  if (number != 0 && !enumeration.find(number)) reportException(mf0::messages::InvalidValue());
+}
+
+Value startOf(const PropertyInfo& property) {
+  if (property.has(kMany)) return Value::ofList({});
+  if (property.defaultValue) return parseDefault(property);
+  switch (property.kind) {
+    case ValueKind::kString: return u"";
+    case ValueKind::kArray: return Value::ofArray(nullptr);
+    case ValueKind::kElement: return {};
+    default: return fromBits(property, 0);
+  }
+}
+
 Value parseDefault(const PropertyInfo& property) {
   const std::string_view text = property.defaultValue;
   switch (property.kind) {
@@ -174,6 +190,8 @@ bool less(const Value& a, const Value& b) {
 }
 
 }  // namespace
+
+bool same(const Value& a, const Value& b) { return !less(a, b) && !less(b, a); }
 
 std::size_t lowerBound(const PropertyInfo& property, const PrimitiveList& list,
                        const Value& value) {

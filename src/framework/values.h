@@ -35,11 +35,16 @@ bool isPresent(const Value& value);
 std::size_t sizeOf(const PropertyInfo& property);
 
 [[noreturn]] void raiseMisfit(const PropertyInfo& property);
+/// Raises InvalidValue for a number that is neither a literal nor 0, which is none.
+void checkLiteral(const EnumInfo& enumeration, const Value& value);
 /// Raises CannotCastIncompatibleTypes unless `value` is empty or fits one value of the property.
 inline void checkSingle(const PropertyInfo& property, const Value& value) {
   const ValueMeta wanted{ValueMeta::Form::kSingle, property.kind, property.enumeration};
   if (!value.isEmpty() && value.meta() != wanted) raiseMisfit(property);
+  if (property.enumeration) checkLiteral(*property.enumeration, value);
 }
+/// The value of a new element's property: its declared default, or what reads as nothing.
+Value startOf(const PropertyInfo& property);
 /// The value that a declared default stands for.
 Value parseDefault(const PropertyInfo& property);
 
@@ -51,6 +56,8 @@ std::uint64_t bitsOf(const PropertyInfo& property, const Value& value);
 Value fromBits(const PropertyInfo& property, std::uint64_t bits);
 
 std::size_t countOf(const PropertyInfo& property, const PrimitiveList& list);
+/// Whether two values of a list's kind are the same; NaN is the same as NaN.
+bool same(const Value& a, const Value& b);
 /// Where a value stands, or would stand, among the sorted ones of a set.
 std::size_t lowerBound(const PropertyInfo& property, const PrimitiveList& list, const Value& value);
 /// Whether a set holds the value there.

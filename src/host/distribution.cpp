@@ -252,7 +252,9 @@ void drawFrom(Call& call) {
   if (call.inputCount() == 1) {
     call.setOutput(0, distribution->draw(generator()));
   } else {
-    call.setOutput(0, distribution->drawMatrix(generator(), size(call, 1), size(call, 2)));
+    const std::size_t rows = size(call, 1);
+    const std::size_t columns = call.inputCount() == 2 ? rows : size(call, 2);
+    call.setOutput(0, distribution->drawMatrix(generator(), rows, columns));
   }
 }
 

@@ -228,5 +228,17 @@ TEST_F(GenerationInAModelTest, AProductThatNoMachineHoldsIsRefusedBeforeItsFacto
   expectRefused("TooManyIterations", [&] { space->createIterations(); });
 }
 
+TEST_F(GenerationInAModelTest, OneRunThatTakesExponentiallyManyToBuildIsRefused) {
+  ParameterSpace left = values(u"a", {1});
+  ParameterSpace right = values(u"b", {2});
+  for (int level = 0; level < 60; ++level) {
+    const auto next = sequential({left, right});
+    right = sequential({left, right});
+    left = next;
+  }
+  EXPECT_EQ(left.numIterations(), 1.0);
+  expectRefused("TooManyIterations", [&] { left->createIterations(); });
+}
+
 }  // namespace
 }  // namespace kxsim::design

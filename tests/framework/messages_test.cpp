@@ -43,6 +43,7 @@ std::vector<Message> oneOfEach() {
       NoSuchElement(),
       IndexOutOfRange("@one", "@two"),
       ModelIsFull("@one"),
+      ListIsFull("@one", "@two"),
       ObserversDoNotSettle(),
   };
 }

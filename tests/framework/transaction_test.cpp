@@ -247,7 +247,8 @@ TEST_F(TransactionTest, OldValuesAreThoseBeforeTheOutermostTransaction) {
   sunny->createIntoPlants(Plant::Builder());
   EXPECT_EQ(sunny->getOldValue(width), Value(1.5));
   EXPECT_EQ(sunny->getOldValue(propertyOf(sunny, u"Label")), Value(u"sunny"));
-  EXPECT_EQ(sunny->getOldValue(propertyOf(sunny, u"Plants")).items().size(), 1U);
+  const Value before = sunny->getOldValue(propertyOf(sunny, u"Plants"));
+  EXPECT_EQ(before.items().size(), 1U);
   outer.commit();
   lily->destroy();
   expectRaises<messages::CannotUseDestroyedElement>(

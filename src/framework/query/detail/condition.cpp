@@ -67,7 +67,10 @@ bool holdsNoValue(const std::byte* value, const Operand&) {
 
 bool holdsReal(const std::byte* value, const Operand& operand) {
   const PrimitiveValues* values = valueAt<PrimitiveList>(value).values.get();
-  return values && std::ranges::find(values->reals, operand.number) != values->reals.end();
+  if (!values) return false;
+  return std::ranges::any_of(values->reals, [wanted = operand.number](double held) {
+    return held == wanted || (held != held && wanted != wanted);  // as a set holds NaN
+  });
 }
 
 bool holdsInteger(const std::byte* value, const Operand& operand) {
