@@ -24,12 +24,8 @@ using mf::zero::testing::expectRaises;
 using testing::ChangeLog;
 using testing::Lines;
 
-static_assert(int(FigureType::ScatterPlot) == 1 && int(FigureType::SurfPlot) == 2);
-static_assert(int(FigureType::Histogram) == 3 && int(FigureType::CustomPlot) == 4);
-static_assert(int(FigureDataSourceType::Default) == 1 && int(FigureDataSourceType::Parameter) == 2);
-static_assert(int(FigureDataSourceType::Output) == 3);
-static_assert(int(DataProcessingType::End) == 1 && int(DataProcessingType::Min) == 2);
-static_assert(int(DataProcessingType::Max) == 3 && int(DataProcessingType::Mean) == 4);
+// Of the C++ values; the registration's tests hold all numbers.
+static_assert(int(FigureType::ScatterPlot) == 1 && int(FigureDataSourceType::Default) == 1);
 static_assert(int(DataProcessingType::Trace) == 5);
 
 class FiguresTest : public testing::PackageTest {
@@ -85,49 +81,6 @@ TEST_F(FiguresTest, FiguresAreCreatedIntoAViewAndTakenOutOfIt) {
   EXPECT_FALSE(second->getOwner());
 }
 
-TEST_F(FiguresTest, DestroyingAViewDestroysWhatItOwnsAndNothingElse) {
-  const DesignView view = DesignView::create(model());
-  const Figure figure = view->createIntoFigures(Figure::Builder());
-  const auto source = view->createIntoDataSources(FigureDataSource::Builder());
-  const Figure other = Figure::create(model());
-  ChangeLog log(model());
-  view->destroy();
-  EXPECT_FALSE(figure.isValid() || source.isValid());
-  EXPECT_TRUE(other.isValid());
-  EXPECT_EQ(log.take(), (Lines{"- DesignView", "- Figure", "- FigureDataSource"}));
-}
-
-TEST_F(FiguresTest, AViewTakesFiguresOnlyAndNeverAnotherView) {
-  const DesignView view = DesignView::create(model());
-  auto figures = view->getFiguresMutable();
-  expectRaises<messages::CannotAddIncompatibleTypes>(
-      [&] { figures.ReferenceCollection::add(DesignView::create(model())); });
-  expectRaises<messages::CannotAddNonExistentObject>(
-      [&] { view->createIntoFigures(std::unique_ptr<mf::zero::Builder>()); });
-  EXPECT_FALSE(view->hasFigures());
-}
-
-TEST_F(FiguresTest, EveryValueOfAFigureAndItsDataHasAPlaceOfItsOwn) {
-  const Figure figure = Figure::create(model());
-  figure->setId(u"1");
-  figure->setDocumentId(u"2");
-  figure->setMetadata(u"3");
-  figure->setType(FigureType::CustomPlot);
-  EXPECT_EQ(figure.id() + figure.documentId() + figure.metadata(), u"123");
-  EXPECT_EQ(figure.type(), FigureType::CustomPlot);
-  const FigureDataSource source = FigureDataSource::create(model());
-  source->setType(FigureDataSourceType::Output);
-  source->setValue(u"4");
-  source->setLabel(u"5");
-  EXPECT_EQ(source.value() + source.label(), u"45");
-  EXPECT_EQ(source.type(), FigureDataSourceType::Output);
-  const FigureDataSpec spec = FigureDataSpec::create(model());
-  spec->setId(u"6");
-  spec->setProcessingType(DataProcessingType::Trace);
-  EXPECT_EQ(spec.id(), u"6");
-  EXPECT_EQ(spec.processingType(), DataProcessingType::Trace);
-}
-
 // Plots ----------------------------------------------------------------------------------
 
 TEST_F(FiguresTest, APlotHasAsManyPropertiesAsItsAxesGiveIt) {
@@ -165,20 +118,6 @@ TEST_F(FiguresTest, TheAxesOfAPlotDoNotShareTheirValues) {
   plot->setDataSourcesFinalized(true);
   EXPECT_EQ(plot.colorMap() + plot.title(), u"grayt");
   EXPECT_TRUE(plot.colorbar() && plot.dataSourcesFinalized());
-}
-
-TEST_F(FiguresTest, LimitsAreKeptHoweverTheyStandToEachOther) {
-  const auto plot = SurfPlotProperties::create(model());
-  plot->setZMin(5);
-  plot->setZMax(-5);
-  plot->setZGrid(true);
-  EXPECT_EQ(plot.zMin(), 5.0);
-  EXPECT_EQ(plot.zMax(), -5.0);
-  EXPECT_TRUE(plot.zGrid() && plot.zLimMode() && !plot.xGrid() && !plot.yGrid());
-  plot->setZMin(std::numeric_limits<double>::quiet_NaN());
-  ChangeLog log(model());
-  plot->setZMin(std::numeric_limits<double>::quiet_NaN());
-  EXPECT_EQ(log.commits(), 1);
 }
 
 TEST_F(FiguresTest, ABuilderAnswersDefaultsUntilItIsToldOtherwise) {
@@ -245,26 +184,6 @@ TEST_F(FiguresTest, APlotIsBuiltWithItsDataAndSources) {
   EXPECT_FALSE(builder.create()->hasZDataSources());
 }
 
-TEST_F(FiguresTest, SourcesKeepTheOrderInWhichTheyWerePut) {
-  const auto plot = ScatterPlotProperties::create(model());
-  for (const char16_t* label : {u"a", u"b", u"c"}) {
-    plot->createIntoCDataSources(FigureDataSource::Builder().setLabel(label));
-  }
-  auto sources = plot->getCDataSourcesMutable();
-  sources.move(2, 0);
-  EXPECT_EQ(labels(plot.cDataSources()), u"cab");
-  sources.insert(1, FigureDataSource::Builder(model()).setLabel(u"d").create());
-  EXPECT_EQ(labels(plot.cDataSources()), u"cdab");
-}
-
-TEST_F(FiguresTest, ACustomPlotNamesItsKindAndInput) {
-  const auto plot = CustomPlotProperties::create(model());
-  plot->setPlotConfigId(u"kind");
-  plot->setPlotInput(u"{}");
-  plot->setTitle(u"t");
-  EXPECT_EQ(plot.plotConfigId() + plot.plotInput() + plot.title(), u"kind{}t");
-}
-
 // The gallery ----------------------------------------------------------------------------
 
 TEST_F(FiguresTest, ARegistryKeepsItsEntriesInOrderAndTwiceTheSame) {
@@ -294,25 +213,6 @@ TEST_F(FiguresTest, ASelectionKeepsTheOrderOfItsRunsAndTheirRepetitions) {
   EXPECT_TRUE(selection.appendToExistingSelection());
   builder.values().doClearRunIds();
   EXPECT_FALSE(builder.create()->hasRunIds());
-}
-
-TEST_F(FiguresTest, TheRunsOfASelectionAreALiveSequence) {
-  const DeselectRuns selection = DeselectRuns::create(model());
-  auto runs = selection->getRunIdsMutable();
-  ChangeLog log(model());
-  runs.add(2);
-  runs.insert(0, 1);
-  runs.set(1, 5);
-  EXPECT_EQ(numbers(selection.runIds()), (std::vector<double>{1, 5}));
-  EXPECT_EQ(log.take(),
-            (Lines{"DeselectRuns.RunIds: [] -> [2]", "DeselectRuns.RunIds: [2] -> [1, 2]",
-                   "DeselectRuns.RunIds: [1, 2] -> [1, 5]"}));
-  mf::zero::Transaction transaction = model()->beginTransaction();
-  runs.clear();
-  runs.assign(std::array{7.0, 7.0});
-  transaction.rollback();
-  EXPECT_EQ(numbers(selection.runIds()), (std::vector<double>{1, 5}));
-  expectRaises<messages::IndexOutOfRange>([&] { runs.at(2); });
 }
 
 TEST_F(FiguresTest, RequestsCarryWhatTheyAreGivenUnchecked) {

@@ -1,4 +1,5 @@
 // The life of a model: how long it lasts, closing, freezing and thawing.
+#include <memory>
 #include <optional>
 
 #include "framework/change_set.h"
@@ -83,10 +84,11 @@ TEST_F(ModelTest, AFrozenModelRefusesEveryChangeUntilItIsThawed) {
   sunny->setWidth(1.5);  // is so already
   EXPECT_EQ(sunny.plants().size(), 1U);
   {
-    const Model::Thawer thawed = freezer.thaw();
+    auto first = std::make_unique<Model::Thawer>(freezer.thaw());
     sunny->setWidth(2);
     const Model::Thawer again = freezer.thaw();
-    EXPECT_FALSE(model->isFrozen());
+    first.reset();
+    EXPECT_FALSE(model->isFrozen()) << "another one thaws it still";
   }
   EXPECT_TRUE(model->isFrozen());
   EXPECT_EQ(sunny.width(), 2);

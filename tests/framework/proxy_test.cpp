@@ -305,5 +305,22 @@ TEST_F(ProxyTest, ARollbackUnloadsWhatWasLoadedAndForgetsTheProxiesThatWereMade)
   EXPECT_EQ(inconsistencies(model), "");
 }
 
+TEST_F(ProxyTest, ALongTwoSidedListComesBackAsItWas) {
+  std::vector<ModelElement> tools;
+  for (int i = 0; i < 150; ++i) tools.emplace_back(Tool::create(model));
+  Gardener last;
+  for (int i = 0; i < 90; ++i) {
+    last = Gardener::create(model);
+    last->getToolsMutable().append(tools);
+  }
+  shelf->fills[last.Uuid()] = [&](BuilderValues& values) {
+    for (const ModelElement& tool : tools) add(values, u"Tools", tool);
+    add(values, u"Tools", tools[5]);  // once is enough
+  };
+  last->convertToProxy();
+  EXPECT_EQ(last.tools().size(), tools.size());
+  EXPECT_EQ(inconsistencies(model), "");
+}
+
 }  // namespace
 }  // namespace mf::zero::testing

@@ -249,5 +249,24 @@ TEST_F(ReferenceCollectionTest, DestroyedElementsLeaveEveryListThatHoldsThem) {
   for (const Bed& one : beds) EXPECT_TRUE(!one.isValid() || one.shadows().empty());
 }
 
+TEST_F(ReferenceCollectionTest, AListWhoseElementsAreDestroyedOneByOneStaysSmall) {
+  const Bed sunny = bed();
+  std::vector<Plant> window = plants(4);
+  const auto slide = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      Transaction transaction = model->beginTransaction();
+      window.push_back(plant());
+      sunny->getShadowsMutable().add(window.back());
+      window.front()->destroy();
+      window.erase(window.begin());
+      transaction.commit();
+    }
+  };
+  slide(1000);
+  const std::size_t bytes = model->bytesReserved();
+  slide(20'000);
+  EXPECT_EQ(model->bytesReserved(), bytes);
+}
+
 }  // namespace
 }  // namespace mf::zero::testing

@@ -192,6 +192,22 @@ TEST_F(EveryClassTest, AValueThatIsSetReadsBackAndIsToldOnce) {
   });
 }
 
+TEST_F(EveryClassTest, EachPropertyHasAPlaceOfItsOwn) {
+  forEachClass([&](const Class& type, const std::vector<const PropertyRow*>& rows) {
+    const ModelElement element = registry().createElement(type, model());
+    std::vector<std::pair<Property, Value>> given;
+    for (const PropertyRow* row : rows) {
+      const Subject subject{element, element->getPropertyByIndex(row->index), *row};
+      Value value = another(subject);
+      if (!subject.isMany() && subject.kind() == Kind::Real) value = row->index + 0.5;
+      if (subject.kind() == Kind::Text) value = Value(mf::zero::toUtf16(row->name));
+      element->setPropertyValue(subject.property, value);
+      given.emplace_back(subject.property, value);
+    }
+    for (const auto& [property, value] : given) expectHolds(element, property, value);
+  });
+}
+
 TEST_F(EveryClassTest, AnEqualValueChangesNothingAndIsNotTold) {
   forEachProperty([&](const Subject& subject) {
     if (subject.kind() == Kind::Array) return;  // an array is equal to none but itself
