@@ -50,24 +50,28 @@ const PropertyInfo& requireInfo(const ElementImpl& element, const meta::Property
       mf0::messages::NoSuchProperty(element.classInfo().qualifiedName, toUtf8(info.name)));
 }
 
+/// The same, which sees without a call what nearly always is the case.
+inline const PropertyInfo& infoFor(const ElementImpl& element, const meta::Property& property) {
+  if (property && Raw::isPlain(*property.impl())) [[likely]] {
+    const PropertyInfo* info = property->info();
+    if (info && element.classInfo().isA(*info->owner)) [[likely]]
+      return *info;
+  }
+  return requireInfo(element, property);
+}
+
 }  // namespace
 
 const PropertyInfo& ElementImpl::checkedInfo(const meta::Property& property) const {
-  // What nearly always is the case is seen without a call.
-  if (property && Raw::isPlain(*property.impl())) [[likely]] {
-    const PropertyInfo* info = property->info();
-    if (info && classInfo().isA(*info->owner)) [[likely]]
-      return *info;
-  }
-  return requireInfo(*this, property);
+  return infoFor(*this, property);
 }
 
 Value ElementImpl::getPropertyValue(const meta::Property& property) const {
-  return get(checkedInfo(property));
+  return get(infoFor(*this, property));
 }
 
 void ElementImpl::setPropertyValue(const meta::Property& property, const Value& value) {
-  set(checkedInfo(property), value);
+  set(infoFor(*this, property), value);
 }
 
 bool ElementImpl::hasPropertyValue(const meta::Property& property) const {
