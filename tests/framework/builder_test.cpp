@@ -7,16 +7,7 @@
 namespace mf::zero::testing {
 namespace {
 
-class BuilderTest : public GardenTest {
- protected:
-  template <class M, class Action>
-  void expectRefused(Action&& action) {
-    const Picture before = pictureOf(model);
-    expectRaises<M>(action);
-    EXPECT_EQ(differences(before, pictureOf(model)), "");
-    EXPECT_EQ(inconsistencies(model), "");
-  }
-};
+class BuilderTest : public GardenTest {};
 
 TEST_F(BuilderTest, DefaultsHoldUntilSomethingElseIsSet) {
   Record::Builder builder(model);

@@ -14,6 +14,7 @@
 #include "support/consistency.h"
 #include "support/framework_errors.h"
 #include "support/host_leak_test.h"
+#include "support/picture.h"
 
 namespace mf::zero::testing {
 
@@ -39,6 +40,16 @@ class GardenTest : public vexal::testing::HostLeakTest {
     std::vector<Plant> made;
     for (std::size_t i = 0; i < count; ++i) made.push_back(Plant::create(model));
     return made;
+  }
+
+  /// The action must raise M and change nothing at all.
+  template <class M, class Action>
+  void expectRefused(Action&& action) {
+    const Picture before = pictureOf(model);
+    expectRaises<M>(action);
+    EXPECT_EQ(differences(before, pictureOf(model)), "");
+    EXPECT_EQ(inconsistencies(model), "");
+    EXPECT_FALSE(model->isInTransaction());
   }
 
   static meta::Property propertyOf(const ModelElement& element, std::u16string_view name) {

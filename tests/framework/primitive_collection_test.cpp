@@ -11,13 +11,6 @@ namespace {
 
 class PrimitiveCollectionTest : public GardenTest {
  protected:
-  template <class M, class Action>
-  void expectRefused(Action&& action) {
-    const Picture before = pictureOf(model);
-    expectRaises<M>(action);
-    EXPECT_EQ(differences(before, pictureOf(model)), "");
-  }
-
   /// Three values in rising order; a sequence keeps them as they come, a set sorted and once.
   template <class T>
   static void checkSequence(PrimitiveSequence<T> sequence, const T& a, const T& b, const T& c) {

@@ -12,15 +12,6 @@ namespace {
 class ReferenceCollectionTest : public GardenTest {
  protected:
   using Elements = std::vector<ModelElement>;
-
-  /// The action must raise M and change nothing at all.
-  template <class M, class Action>
-  void expectRefused(Action&& action) {
-    const Picture before = pictureOf(model);
-    expectRaises<M>(action);
-    EXPECT_EQ(differences(before, pictureOf(model)), "");
-    EXPECT_FALSE(model->isInTransaction());
-  }
 };
 
 TEST_F(ReferenceCollectionTest, WhatCannotBeHeldIsRefusedAndNothingChanges) {

@@ -7,12 +7,11 @@
 namespace mf::zero::meta {
 namespace {
 
-// The first element that matches; empty if there is none. By position, because an iteration is
-// noted in the model, which other threads may be reading too.
+// The first element that matches; empty if there is none.
 template <class X, class Matches>
 X firstOf(const ElementSequence<X>& elements, Matches matches) {
-  for (std::size_t k = 0; k < elements.size(); ++k) {
-    if (const X element = elements.at(k); matches(element)) return element;
+  for (const X& element : elements) {
+    if (matches(element)) return element;
   }
   return {};
 }
