@@ -36,6 +36,11 @@ constexpr std::array kGoals{
     Goal{"roll-back-runs", kTimesRow, 1, 0.5, "make-runs"},
     Goal{"select", kNanoseconds, 10, 8},
     Goal{"run-record", kResidentBytes, 200, 150},
+    Goal{"script-read", kNanoseconds, 40, 25},
+    Goal{"script-read", kAllocations, 0, 0},
+    Goal{"script-write", kNanoseconds, 60, 30},
+    Goal{"script-write", kAllocations, 0, 0},
+    Goal{"hand-over", kNanoseconds, 20, 5},
     Goal{"load", kMilliseconds, 3, 1},
 };
 
@@ -47,7 +52,7 @@ const std::vector<Row>& allRows() {
   static const std::vector<Row> rows = [] {
     std::vector<Row> all;
     for (const auto& theme : {creationRows(), studyRows(), propertyRows(), collectionRows(),
-                              transactionRows(), queryRows(), loadRows()}) {
+                              transactionRows(), queryRows(), scriptRows(), loadRows()}) {
       all.insert(all.end(), theme.begin(), theme.end());
     }
     return all;

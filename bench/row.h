@@ -62,6 +62,7 @@ std::span<const Row> propertyRows();
 std::span<const Row> collectionRows();
 std::span<const Row> transactionRows();
 std::span<const Row> queryRows();
+std::span<const Row> scriptRows();
 std::span<const Row> loadRows();
 
 /// All of them, in the table's order.

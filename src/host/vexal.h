@@ -1,5 +1,5 @@
 // The embedded host, whole: arrays, objects, functions by name, diagnostics,
-// random distributions and the packages of the class-object system.
+// random distributions, modules and the class-object system.
 #pragma once
 
 #include "host/array.h"
@@ -9,9 +9,16 @@
 #include "host/distribution.h"
 #include "host/export.h"
 #include "host/function.h"
+#include "host/module.h"
 #include "host/object.h"
 #include "host/random.h"
 #include "host/record.h"
 #include "host/runtime.h"
 #include "host/text.h"
+#include "host/vcos/class.h"
+#include "host/vcos/native.h"
+#include "host/vcos/om.h"
 #include "host/vcos/package.h"
+#include "host/vcos/property.h"
+#include "host/vcos/script.h"
+#include "host/vcos/type_repository.h"

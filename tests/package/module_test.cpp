@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "framework/meta/registry.h"
+#include "host/module.h"
 #include "host/runtime.h"
 #include "host/vcos/package.h"
 #include "support/host_errors.h"
@@ -31,6 +32,21 @@ TEST(ModuleTest, LoadingAddsTheHostPackagesWithoutRegisteringTheClasses) {
   EXPECT_EQ(registry.findClass("kxsim.design.Figure"), before);
   VXTerminate_kxsim_design();
   expectHostPackages();
+}
+
+TEST(ModuleTest, TheHostLoadsTheLibraryByItsPathAndTellsWhatItMisses) {
+  EXPECT_EQ(vexal::loadModule(KXSIM_DESIGN_LIBRARY), "kxsim_design");
+  expectHostPackages();
+  EXPECT_EQ(vexal::loadModule(KXSIM_DESIGN_LIBRARY), "kxsim_design");
+  vexal::terminateModule("kxsim_design");
+  EXPECT_FALSE(vexal::isModuleLoaded("kxsim_design"));
+  using vexal::testing::expectHostError;
+  expectHostError("Vexal:host:ModuleNotLoaded", [] { vexal::terminateModule("kxsim_design"); });
+  expectHostError("Vexal:host:ModuleNotLoaded", [] { vexal::loadModule("/nowhere/libnone.so"); });
+  const std::string text =
+      expectHostError("Vexal:host:ModuleEntryMissing", [] { vexal::loadModule("libm.so.6"); });
+  EXPECT_NE(text.find("VXInitialize_m"), std::string::npos);
+  EXPECT_FALSE(vexal::isModuleLoaded("m"));
 }
 
 TEST(ModuleTest, LoadingTwiceChangesNothing) {

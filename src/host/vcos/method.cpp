@@ -114,6 +114,8 @@ vexal::ArrayPtr Invoker::invoke(const MethodImpl& method, MethodCall call,
     values.push_back(converted.back().get());
   }
   call.inputs = values;
+  // A conversion runs code of others, which may have destroyed the native.
+  if (call.native.object != nullptr) validateSelfPointer(call.object);
   return method.method.body(call);
 }
 

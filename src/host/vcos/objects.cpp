@@ -45,6 +45,11 @@ void requireField(const vxArray* object, std::string_view name) {
   if (!vexal::hasField(object, name)) fail("NoSuchMember", {vexal::className(object), name});
 }
 
+bool isPaired(const Content& content) {
+  return vexal::detail::headOf<vexal::detail::NativeHead>(content).state ==
+         vexal::detail::NativeHead::State::Paired;
+}
+
 ArrayPtr valueFrom(const HostClass& hostClass, std::span<const vxArray* const> inputs) {
   if (inputs.empty()) fail("TooFewArguments", {hostClass.name, "1", "0"});
   if (inputs.size() > 1) {
@@ -102,12 +107,12 @@ void writeProperty(vxArray* object, std::string_view name, const vxArray* value)
 
 ArrayPtr callMethod(const factory::impl::MethodImpl& method, const HostClass& hostClass,
                     const vxArray* object, std::span<const vxArray* const> inputs) {
-  factory::MethodCall call{hostClass, method.method};
-  if (method.method.attributes == factory::MethodAttributes::None) {
-    const bool isNative = requireOneObject(object).layout == Layout::Natives;
-    if (isNative) call.native = factory::impl::validateSelfPointer(object);
-    call.object = object;
+  if (method.method.attributes != factory::MethodAttributes::None) {
+    return factory::impl::Invoker::invoke(method, {hostClass, method.method}, inputs);
   }
+  const Content& content = requireOneObject(object);
+  factory::MethodCall call{vexal::detail::classOf(content), method.method, object};
+  if (content.layout == Layout::Natives) call.native = factory::impl::validateSelfPointer(object);
   return factory::impl::Invoker::invoke(method, call, inputs);
 }
 
@@ -122,12 +127,8 @@ ArrayPtr constructObject(const HostClass& hostClass, std::span<const vxArray* co
   factory::MethodCall call{hostClass, constructor->method};
   call.constructed = object.get();
   ArrayPtr made = factory::impl::Invoker::invoke(*constructor, call, inputs);
-  if (!isValue) made = std::move(object);
-  const bool isMade =
-      made != nullptr &&
-      (isValue || vexal::detail::headOf<vexal::detail::NativeHead>(*made->content).state ==
-                      vexal::detail::NativeHead::State::Paired);
-  if (!isMade) fail("NotConstructed", {hostClass.name});
+  if (!isValue) made = isPaired(*object->content) ? std::move(object) : nullptr;
+  if (made == nullptr) fail("NotConstructed", {hostClass.name});
   return made;
 }
 

@@ -17,10 +17,24 @@ using vexal::detail::elementsOf;
 using vexal::detail::fail;
 using vexal::detail::Layout;
 
-// Of two arrays of the same size.
+bool isOfValues(const Content& content) noexcept {
+  return content.classId == ClassId::Object &&
+         vexal::detail::classOf(content).kind() == vcos::ClassKind::Value;
+}
+
+// The integers of a block, or of an array of the same size whose objects are each their own.
 void copyIntegers(Content* to, const Content& from) noexcept {
+  auto* place = static_cast<std::byte*>(elementsOf(to));
   const std::size_t bytes = vexal::detail::countOf(from) * sizeof(std::int32_t);
-  if (bytes > 0) std::memcpy(elementsOf(to), elementsOf(from), bytes);
+  if (bytes == 0) return;
+  if (from.layout != Layout::Objects) {
+    std::memcpy(place, elementsOf(from), bytes);
+    return;
+  }
+  for (const vxArray& object : vexal::detail::childrenOf(from)) {
+    std::memcpy(place, elementsOf(*object.content), sizeof(std::int32_t));
+    place += sizeof(std::int32_t);
+  }
 }
 
 }  // namespace
@@ -56,7 +70,7 @@ ArrayPtr omConstructObjectWithClient(std::string_view className,
 
 ArrayPtr omGetUnderlyingArray(const vxArray* values) {
   const Content& content = vexal::detail::contentOf(values);
-  if (content.layout != Layout::Values) fail("NotAValueClass", {vexal::className(values)});
+  if (!isOfValues(content)) fail("NotAValueClass", {vexal::className(values)});
   ArrayPtr integers = vexal::createArray(ClassId::Int32, vexal::dimensions(values));
   copyIntegers(integers->content, content);
   return integers;
@@ -64,7 +78,7 @@ ArrayPtr omGetUnderlyingArray(const vxArray* values) {
 
 std::size_t omGetNumberOfElementsInUnderlyingArray(const vxArray* values) {
   const Content& content = vexal::detail::contentOf(values);
-  return content.layout == Layout::Values ? vexal::detail::countOf(content) : 0;
+  return isOfValues(content) ? vexal::detail::countOf(content) : 0;
 }
 
 ArrayPtr omCreateBuiltinBasedArrayFromUnderlyingArray(std::string_view className,

@@ -114,6 +114,23 @@ ArrayPtr arrayOfObjects(Arguments objects, std::string_view className) {
   return array;
 }
 
+bool isArrayOfHandles(const Content& content) noexcept {
+  return content.layout == Layout::Objects || content.layout == Layout::Natives;
+}
+
+// A block of natives and an array of objects may hold the same objects.
+bool areSame(const vxArray* a, const vxArray* b) {
+  if (equalContent(a, b)) return true;
+  if (a == nullptr || b == nullptr || a->content->layout == b->content->layout) return false;
+  if (!isArrayOfHandles(*a->content) || !isArrayOfHandles(*b->content)) return false;
+  const bool hasSameSize = std::ranges::equal(dimensions(a), dimensions(b));
+  if (!hasSameSize || className(a) != className(b)) return false;
+  for (std::size_t k = 0; k < elementCount(a); ++k) {
+    if (!equalContent(objectElement(a, k).get(), objectElement(b, k).get())) return false;
+  }
+  return true;
+}
+
 NameKind kindOf(std::string_view name) {
   detail::requireHostThread();
   if (detail::loadClass(name) != nullptr) return NameKind::Class;
@@ -137,6 +154,10 @@ ValueInfo infoOf(const vxArray* value) {
 
 Result<NameKind> lookUp(std::string_view name) noexcept {
   return guarded(name, [&] { return kindOf(name); });
+}
+
+Result<bool> isA(const vxArray* value, std::string_view className) noexcept {
+  return guarded(className, [&] { return vexal::isA(value, className); });
 }
 
 Result<std::vector<std::string>> packages(std::string_view below) noexcept {
@@ -231,7 +252,7 @@ Result<std::uint64_t> identity(const vxArray* value) noexcept {
 }
 
 Result<bool> same(const vxArray* a, const vxArray* b) noexcept {
-  return guarded("same", [&] { return equalContent(a, b); });
+  return guarded("same", [&] { return areSame(a, b); });
 }
 
 Result<ArrayPtr> element(const vxArray* array, std::size_t k) noexcept {

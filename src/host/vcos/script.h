@@ -163,6 +163,9 @@ struct ValueInfo {
 };
 VEXAL_API Result<ValueInfo> inspect(const vxArray* value) noexcept;
 
+/// Whether the value is of that class or of one below it; false for unknown names.
+VEXAL_API Result<bool> isA(const vxArray* value, std::string_view className) noexcept;
+
 /// A number for each handle object, the same for all its copies for as long as one of
 /// them exists, also when its native is gone; 0 for everything else.
 VEXAL_API Result<std::uint64_t> identity(const vxArray* value) noexcept;

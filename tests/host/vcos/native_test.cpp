@@ -106,6 +106,8 @@ TEST_F(NativeTest, AnArrayOfNativesMakesObjectsOnlyOfElementsThatAreLookedAt) {
   EXPECT_TRUE(
       *same(omGetArrayElement(copy.get(), 1).get(), omGetArrayElement(array.get(), 0).get()));
   EXPECT_FALSE(*same(copy.get(), array.get()));
+  omSetArrayElement(copy.get(), 1, omGetArrayElement(array.get(), 1).get());
+  EXPECT_TRUE(*same(copy.get(), array.get()));
 }
 
 TEST_F(NativeTest, AnArrayTakesTheClassThatItsNativesShare) {
@@ -164,6 +166,8 @@ TEST_F(NativeTest, ArraysOfValuesAreIntegersUnderneath) {
   EXPECT_TRUE(*same(omGetArrayElement(kinds.get(), 0).get(), oil.get()));
   EXPECT_TRUE(
       vexal::equalContent(omGetUnderlyingArray(oil.get()).get(), vexal::createInt32(1).get()));
+  EXPECT_EQ(vexal::elements<std::int32_t>(omGetUnderlyingArray(kinds.get()).get())[0], 1);
+  EXPECT_EQ(vexal::elements<std::int32_t>(omGetUnderlyingArray(kinds.get()).get())[1], 2);
   expectHostError("Vexal:class:NotAValueClass", [&] { omGetUnderlyingArray(integers.get()); });
   expectHostError("Vexal:class:NotAValueClass", [&] {
     omCreateBuiltinBasedArrayFromUnderlyingArray("plant.Tank", integers.get());

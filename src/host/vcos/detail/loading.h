@@ -10,6 +10,7 @@ class COSPackageInfo;
 
 namespace vcos::detail {
 
+/// May mark a package as busy, so that what its hook looks up is not passed on to it again.
 class Loading {
  public:
   using Hook = bool (COSPackageInfo::*)(COSPackage*, std::string_view);

@@ -16,7 +16,7 @@ const Member* findMember(const HostClass& hostClass, std::string_view name) noex
 vexal::ArrayPtr readProperty(const vxArray* object, std::string_view name);
 void writeProperty(vxArray* object, std::string_view name, const vxArray* value);
 
-/// Calls a method of the object, or a static method that its class has.
+/// Calls a method of the object or, without one, a static method that was asked of the class.
 vexal::ArrayPtr callMethod(const factory::impl::MethodImpl& method, const HostClass& hostClass,
                            const vxArray* object, std::span<const vxArray* const> inputs);
 
