@@ -327,6 +327,8 @@ class MF0_API ModelElement {
   ElementImpl* operator->() const { return checked(); }
   /// The implementation, null for an empty handle.
   ElementImpl* impl() const { return impl_; }
+  /// The same with the handle's reference, which the caller gives back; the handle is empty then.
+  [[nodiscard]] ElementImpl* detach() noexcept { return std::exchange(impl_, nullptr); }
   /// The same element as a handle of class X; empty if it is none.
   template <class X>
   X as() const {

@@ -51,10 +51,14 @@ constexpr CatalogEntry kCatalog[] = {
     {"CannotDestroyReferencedElement",
      "The element, of class '{0}', is kept because others refer to it."},
     {"NoSuchProperty", "The class '{0}' has no property '{1}'."},
+    {"NoSuchLiteral", "The enumeration '{0}' has no literal '{1}'."},
     {"NoSuchElement", "The collection does not hold the element."},
     {"IndexOutOfRange", "The index {0} is out of range; the collection holds {1}."},
     {"ListIsFull", "There is no room for more: {0} holds at most {1} references."},
     {"ModelIsFull", "The model is full: there is no room for more {0}."},
+    {"CannotTellObserver",
+     "An observer is the name of a function of the host, or an object with a method 'changed'; "
+     "given was: {0}."},
     {"ObserversDoNotSettle",
      "The observers of the model keep changing it in answer to each other's changes."},
 };

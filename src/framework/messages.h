@@ -153,6 +153,10 @@ struct NoSuchProperty : Message {
   NoSuchProperty(std::string_view type, std::string_view property)
       : Message("NoSuchProperty", type, property) {}
 };
+struct NoSuchLiteral : Message {
+  NoSuchLiteral(std::string_view type, std::string_view literal)
+      : Message("NoSuchLiteral", type, literal) {}
+};
 struct NoSuchElement : Message {
   NoSuchElement() : Message("NoSuchElement") {}
 };
@@ -165,6 +169,10 @@ struct ModelIsFull : Message {
 };
 struct ListIsFull : Message {
   ListIsFull(std::string_view what, std::string_view most) : Message("ListIsFull", what, most) {}
+};
+struct CannotTellObserver : Message {
+  explicit CannotTellObserver(std::string_view observer)
+      : Message("CannotTellObserver", observer) {}
 };
 struct ObserversDoNotSettle : Message {
   ObserversDoNotSettle() : Message("ObserversDoNotSettle") {}

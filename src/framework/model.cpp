@@ -95,6 +95,8 @@ Model::Thawer::~Thawer() {
 
 void Model::Freezer::freeze() const { model_->freeze(1, 0); }
 
+void Model::Freezer::unfreeze() const { model_->setState(ModelImpl::kFrozen, false); }
+
 // Transaction
 
 Transaction::Transaction(ModelImpl& model, std::uint32_t depth)

@@ -140,6 +140,8 @@ class MF0_API Model::Freezer {
   explicit Freezer(Model model) : model_(std::move(model)) {}
   void freeze() const;
   [[nodiscard]] Thawer thaw() const { return Thawer(model_); }
+  /// Makes the model writable for good.
+  void unfreeze() const;
 
  private:
   Model model_;

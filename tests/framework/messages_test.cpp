@@ -40,10 +40,12 @@ std::vector<Message> oneOfEach() {
       CannotResolveProxy("@one", "@two"),
       CannotDestroyReferencedElement("@one"),
       NoSuchProperty("@one", "@two"),
+      NoSuchLiteral("@one", "@two"),
       NoSuchElement(),
       IndexOutOfRange("@one", "@two"),
       ModelIsFull("@one"),
       ListIsFull("@one", "@two"),
+      CannotTellObserver("@one"),
       ObserversDoNotSettle(),
   };
 }

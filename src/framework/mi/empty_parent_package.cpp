@@ -3,6 +3,10 @@
 #include <string>
 #include <utility>
 
+#include "framework/messages.h"
+#include "framework/mi/enum_class.h"
+#include "framework/mi/meta_marshaler_registry.h"
+
 namespace mf::zero::mi {
 
 vcos::COSPackage* EmptyParentPackage::registerPackage(std::unique_ptr<EmptyParentPackage> package) {
@@ -15,6 +19,52 @@ vcos::COSPackage* EmptyParentPackage::registerPackage(std::unique_ptr<EmptyParen
 
 vcos::COSPackage* EmptyParentPackage::registerPackage(std::string_view name) {
   return registerPackage(std::make_unique<EmptyParentPackage>(std::string(name)));
+}
+
+void EmptyParentPackage::addEnum(vcos::COSPackage* package,
+                                 std::unique_ptr<vcos::COSClassInfo> description,
+                                 const EnumInfo& info, std::unique_ptr<ValueMarshaler> marshaler) {
+  package->addClass(std::move(description));
+  installConversions(info);
+  registrar_.registerTypeMarshaler(info, std::move(marshaler));
+}
+
+// Registrar
+
+EmptyParentPackage::Registrar::~Registrar() {
+  while (!types_.empty()) remove(std::string(types_.back()));
+}
+
+void EmptyParentPackage::Registrar::registerTypeMarshaler(
+    const EnumInfo& metaType, std::unique_ptr<ValueMarshaler> marshaler) {
+  add(metaType.qualifiedName, std::move(marshaler));
+}
+
+void EmptyParentPackage::Registrar::registerTypeMarshaler(
+    const meta::Type& metaType, std::unique_ptr<ValueMarshaler> marshaler) {
+  add(metaType.qualifiedName(), std::move(marshaler));
+}
+
+void EmptyParentPackage::Registrar::unregisterTypeMarshaler(const EnumInfo& metaType) {
+  remove(metaType.qualifiedName);
+}
+
+void EmptyParentPackage::Registrar::unregisterTypeMarshaler(const meta::Type& metaType) {
+  remove(metaType.qualifiedName());
+}
+
+void EmptyParentPackage::Registrar::add(std::string_view type,
+                                        std::unique_ptr<ValueMarshaler> marshaler) {
+  if (!marshaler) reportException(mf0::messages::CannotAddNonExistentObject());
+  marshaler->initializeDependencies();
+  MetaMarshalerRegistry::getInstance().byType_[std::string(type)] = std::move(marshaler);
+  std::erase(types_, type);
+  types_.emplace_back(type);
+}
+
+void EmptyParentPackage::Registrar::remove(std::string_view type) {
+  MetaMarshalerRegistry::getInstance().byType_.erase(std::string(type));
+  std::erase(types_, type);
 }
 
 }  // namespace mf::zero::mi
