@@ -33,6 +33,11 @@ def plan(module: Module) -> Iterator[tuple[str, str, dict]]:
             yield cls.header, "class.h.j2", {"cls": cls}
         yield folder.umbrella, "folder.h.j2", {"folder": folder}
         yield folder.source, "folder.cpp.j2", {"folder": folder}
+    for host in module.host_packages:
+        yield host.header, "binding.h.j2", {"host": host}
+        yield host.source, "binding.cpp.j2", {"host": host}
+    yield module.host_packages_header, "host_packages.h.j2", {}
+    yield module.host_packages_source, "host_packages.cpp.j2", {}
     yield module.header, "module.h.j2", {}
     yield module.source, "module.cpp.j2", {}
 

@@ -1,7 +1,8 @@
 """Breaks lines that are too wide, as clang-format with the project's style would.
 
 Templates write each statement on one line, however long; only these forms occur:
-comments, class heads, functions with one statement, and calls or declarations with arguments.
+comments, class heads, aliases, functions with one statement, and calls or declarations with
+arguments.
 """
 
 import re
@@ -10,6 +11,7 @@ import textwrap
 WIDTH = 100
 COMMENT = re.compile(r"( *)(///?) (.*)")
 CLASS_HEAD = re.compile(r"( *)((?:class|struct) .*?) (: public .*|: [\w:<>, ]+ \{)$")
+ALIAS = re.compile(r"( *)(using \w+ =) (.*;)$")
 ONE_LINER = re.compile(r"( *)(.*\)(?: const)?(?: override)?) \{ (.*) \}$")
 
 
@@ -26,6 +28,8 @@ def fit_line(line: str) -> list[str]:
         lead = f"{match[1]}{match[2]} "
         return textwrap.wrap(match[3], WIDTH, initial_indent=lead, subsequent_indent=lead)
     if match := CLASS_HEAD.match(line):
+        return [f"{match[1]}{match[2]}", f"{match[1]}    {match[3]}"]
+    if match := ALIAS.match(line):
         return [f"{match[1]}{match[2]}", f"{match[1]}    {match[3]}"]
     if match := ONE_LINER.match(line):
         indent, head, body = match.groups()

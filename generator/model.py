@@ -8,6 +8,7 @@ from functools import cached_property
 from itertools import groupby
 
 from generator import names
+from generator.binding import HostPackage, host_packages
 from generator.primitives import PRIMITIVES
 from generator.property import BuilderProperty, Property
 
@@ -332,6 +333,18 @@ class Module:
     @cached_property
     def source(self) -> str:
         return f"{self._base}.cpp"
+
+    @cached_property
+    def host_packages(self) -> list[HostPackage]:
+        return host_packages(self.packages, self.folders)
+
+    @property
+    def host_packages_header(self) -> str:
+        return f"{self.folder}/host_packages.h"
+
+    @property
+    def host_packages_source(self) -> str:
+        return f"binding/{names.snake(self.name)}_host_packages.cpp"
 
     @property
     def classes(self) -> list[Class]:
