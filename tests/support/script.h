@@ -25,6 +25,7 @@ class Argument {
   Argument(const char* text) : owned_(createChar(text)), array_(owned_.get()) {}  // NOLINT
   Argument(const std::string& text) : Argument(text.c_str()) {}                   // NOLINT
   Argument(const ArrayPtr& array) : array_(array.get()) {}                        // NOLINT
+  Argument(ArrayPtr&& array) : owned_(std::move(array)), array_(owned_.get()) {}  // NOLINT
   const vxArray* get() const { return array_; }
 
  private:
