@@ -83,21 +83,13 @@ class Wrapper:
         return f"{kind}({quoted(prop.name)}, {entry}, {quoted(prop.doc)})"
 
     @property
-    def facts(self) -> str:
-        """The fields of its table."""
-        cls = self.cls
-        facts = [
-            f".name = {quoted(cls.qualified)}",
-            f".superclass = {quoted(self.superclass)}",
-            f".doc = {quoted(cls.doc)}",
-        ]
-        if cls.is_abstract:
-            facts.append(".isAbstract = true")
-        if cls.properties:
-            facts.append(f".properties = {self.constant}Properties")
-        if self.methods:
-            facts.append(f".methods = {self.constant}Methods")
-        return ", ".join(facts)
+    def table(self) -> str:
+        """Its table, as an expression."""
+        describe = "describeAbstract" if self.cls.is_abstract else "describeClass"
+        texts = (self.cls.qualified, self.superclass, self.cls.doc)
+        properties = f"{self.constant}Properties" if self.cls.properties else "{}"
+        methods = f"{self.constant}Methods" if self.methods else "{}"
+        return f"{describe}({', '.join([*map(quoted, texts), properties, methods])})"
 
 
 def host_type(operation: "Operation") -> str:

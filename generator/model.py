@@ -343,6 +343,11 @@ class Module:
         return f"{self.folder}/host_packages.h"
 
     @property
+    def host_packages_includes(self) -> list[str]:
+        headers = [host.header for host in self.host_packages]
+        return sorted([*headers, "framework/mi/host_classes.h", self.host_packages_header])
+
+    @property
     def host_packages_source(self) -> str:
         return f"binding/{names.snake(self.name)}_host_packages.cpp"
 

@@ -2,6 +2,7 @@
 // else follows from.
 #pragma once
 
+#include <span>
 #include <string_view>
 
 #include "framework/element.h"
@@ -12,6 +13,38 @@
 #include "host/vcos/class_info.h"
 
 namespace mf::zero::mi {
+
+// Tables, as generated code writes them.
+
+constexpr vcos::factory::ClassTable describeClass(
+    std::string_view name, std::string_view superclass, std::string_view doc,
+    std::span<const vcos::factory::PropertyRow> properties,
+    std::span<const vcos::factory::VcosMethod> methods) {
+  return {.name = name,
+          .superclass = superclass,
+          .doc = doc,
+          .properties = properties,
+          .methods = methods};
+}
+
+constexpr vcos::factory::ClassTable describeAbstract(
+    std::string_view name, std::string_view superclass, std::string_view doc,
+    std::span<const vcos::factory::PropertyRow> properties,
+    std::span<const vcos::factory::VcosMethod> methods) {
+  vcos::factory::ClassTable table = describeClass(name, superclass, doc, properties, methods);
+  table.isAbstract = true;
+  return table;
+}
+
+constexpr vcos::factory::ClassTable describeEnum(std::string_view name, std::string_view doc,
+                                                 std::span<const vcos::factory::VcosMethod> methods,
+                                                 std::span<const vcos::COSEnumInfo> members) {
+  return {.name = name,
+          .doc = doc,
+          .kind = vcos::ClassKind::Value,
+          .methods = methods,
+          .members = members};
+}
 
 /// What the description of handle class C knows of the model's side.
 template <class C>

@@ -15,12 +15,8 @@ static constexpr PropertyRow kBoardProperties[] = {
 static constexpr VcosMethod kBoardMethods[] = {
     BoardWrapper::Heaviest("heaviest", "shelf.Book", "shelf.Board", "What weighs most on it."),
 };
-constinit const ClassTable BoardWrapper::kTable = {.name = "shelf.Board",
-                                                   .superclass = "mf.zero.ModelElement",
-                                                   .doc = "A board of a shelf.",
-                                                   .isAbstract = true,
-                                                   .properties = kBoardProperties,
-                                                   .methods = kBoardMethods};
+constinit const ClassTable BoardWrapper::kTable = describeAbstract(
+    "shelf.Board", "mf.zero.ModelElement", "A board of a shelf.", kBoardProperties, kBoardMethods);
 
 static constexpr PropertyRow kBookProperties[] = {
     elementProperty("Title", Book::Impl::kProperties[0], "What is on its back."),
@@ -31,11 +27,8 @@ static constexpr PropertyRow kBookProperties[] = {
 static constexpr VcosMethod kBookMethods[] = {
     BookWrapper::Construct("Book", "shelf.Book"),
 };
-constinit const ClassTable BookWrapper::kTable = {.name = "shelf.Book",
-                                                  .superclass = "mf.zero.ModelElement",
-                                                  .doc = "A book.",
-                                                  .properties = kBookProperties,
-                                                  .methods = kBookMethods};
+constinit const ClassTable BookWrapper::kTable =
+    describeClass("shelf.Book", "mf.zero.ModelElement", "A book.", kBookProperties, kBookMethods);
 
 static constexpr PropertyRow kOakBoardProperties[] = {
     elementProperty("Books", OakBoard::Impl::kProperties[0], "What stands on it."),
@@ -48,11 +41,8 @@ static constexpr VcosMethod kOakBoardMethods[] = {
     OakBoardWrapper::Heaviest("heaviest", "shelf.Book", "shelf.OakBoard",
                               "What weighs most on it."),
 };
-constinit const ClassTable OakBoardWrapper::kTable = {.name = "shelf.OakBoard",
-                                                      .superclass = "shelf.Board",
-                                                      .doc = "A board of oak.",
-                                                      .properties = kOakBoardProperties,
-                                                      .methods = kOakBoardMethods};
+constinit const ClassTable OakBoardWrapper::kTable = describeClass(
+    "shelf.OakBoard", "shelf.Board", "A board of oak.", kOakBoardProperties, kOakBoardMethods);
 
 static constexpr vcos::COSEnumInfo kCoverMembers[] = {
     MF0EnumValueInfo<Cover>("Cloth", Cover::Cloth, "Cloth over boards."),
@@ -61,11 +51,8 @@ static constexpr vcos::COSEnumInfo kCoverMembers[] = {
 static constexpr VcosMethod kCoverMethods[] = {
     Ctor<Cover>("Cover", "shelf.Cover"),
 };
-constinit const ClassTable CoverWrapper::kTable = {.name = "shelf.Cover",
-                                                   .doc = "What a book is bound in.",
-                                                   .kind = vcos::ClassKind::Value,
-                                                   .methods = kCoverMethods,
-                                                   .members = kCoverMembers};
+constinit const ClassTable CoverWrapper::kTable =
+    describeEnum("shelf.Cover", "What a book is bound in.", kCoverMethods, kCoverMembers);
 
 }  // namespace shelf::mi
 
