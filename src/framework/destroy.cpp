@@ -26,43 +26,71 @@ void forEachContained(const ElementImpl& element, Visit&& visit) {
   }
 }
 
+/// Records a destruction; runs of neighbouring cells without referrers become one record.
+void record(UndoLog& log, std::size_t first, const ElementImpl& element) {
+  const ElementId id = element.id();
+  const std::uint32_t stride = Chunk::of(&element)->cellUnits;
+  const bool isAlone = Raw::incoming(const_cast<ElementImpl&>(element)) != nullptr;
+  if (log.records.size() > first && !isAlone) {
+    UndoRecord& last = log.records.back();
+    if (last.old == 0 && last.position == stride && last.element + last.count * stride == id) {
+      ++last.count;
+      return;
+    }
+  }
+  // Until it is retired, an odd `old` keeps the record from becoming a run.
+  log.add({.kind = UndoKind::kDestroy,
+           .element = id,
+           .position = stride,
+           .count = 1,
+           .old = isAlone ? 1U : 0U});
+}
+
 /// Records the destruction of the element and of everything it contains, owners before contents,
 /// or nothing. The records are the queue, so that nothing recurses.
 void recordAll(ModelImpl& model, const ElementImpl& element) {
-  std::vector<UndoRecord>& records = model.log().records;
-  const std::size_t first = records.size();
-  const auto record = [&](ElementId id) {
-    records.push_back({.kind = UndoKind::kDestroy, .element = id});
-  };
+  UndoLog& log = model.log();
+  const std::size_t first = log.records.size();
   try {
-    record(element.id());
-    for (std::size_t i = first; i < records.size(); ++i) {
-      forEachContained(*model.pool().at(records[i].element), record);
+    record(log, first, element);
+    for (std::size_t i = first; i < log.records.size(); ++i) {
+      for (std::uint32_t k = 0; k < log.records[i].count; ++k) {
+        const ElementId id = log.records[i].element + k * log.records[i].position;
+        forEachContained(*model.pool().at(id),
+                         [&](ElementId child) { record(log, first, *model.pool().at(child)); });
+      }
     }
   } catch (...) {
-    records.erase(records.begin() + static_cast<std::ptrdiff_t>(first), records.end());
+    log.drop(first);
     throw;
   }
 }
 
-/// Takes one element out of the web of references; its slots and values stay for undoing.
-void retire(ModelImpl& model, UndoRecord& record) noexcept {
-  ElementImpl& element = *model.pool().at(record.element);
-  IncomingList* referrers = std::exchange(Raw::incoming(element), nullptr);
-  record.old = reinterpret_cast<std::uintptr_t>(referrers);
-  for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
-    const Incoming& entry = referrers->entries()[i];
+void emptyReferrers(ModelImpl& model, IncomingList& referrers) noexcept {
+  for (std::uint32_t i = 0; i < referrers.size; ++i) {
+    const Incoming& entry = referrers.entries()[i];
     const ElementImpl& owner = *model.pool().at(entry.owner);
     const PropertyInfo& property = links::propertyOf(owner, entry.link);
     const std::uint32_t position = links::positionOf(entry.link);
     links::slotAt(owner, property, position).target = kNoElement;
     if (property.has(kMany)) links::emptied(owner, property, position);
   }
-  links::withdraw(element);
-  model.identities().remove(element);
-  model.elementGone();
-  Raw::setDestroyed(element, true);
-  Raw::setInLog(element, true);
+}
+
+/// Takes elements out of the web of references; their slots and values stay for undoing.
+void retire(ModelImpl& model, UndoRecord& record) noexcept {
+  record.old = 0;
+  for (std::uint32_t k = 0; k < record.count; ++k) {
+    ElementImpl& element = *model.pool().at(record.element + k * record.position);
+    if (IncomingList* referrers = std::exchange(Raw::incoming(element), nullptr)) {
+      record.old = reinterpret_cast<std::uintptr_t>(referrers);
+      emptyReferrers(model, *referrers);
+    }
+    links::withdraw(element);
+    model.identities().remove(element);
+    Raw::setRetired(element, true);
+  }
+  model.elementsGone(record.count);
 }
 
 void checkUnreferenced(const ElementImpl& element, bool withContents) {

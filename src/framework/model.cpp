@@ -220,7 +220,7 @@ ElementImpl* ModelImpl::createElement(const ClassInfo& info, const uuid& identit
     if (isRecording()) log_->noteCreated(element->id(), Chunk::of(element)->cellUnits, mark_);
   } catch (...) {
     identities_.remove(*element);
-    elementGone();
+    elementsGone(1);
     pool_.release(element);
     throw;
   }

@@ -99,7 +99,7 @@ class MF0_API ModelImpl {
     if (depth_ == 0 && !log_->empty()) publish();
   }
   ElementImpl* createElement(const ClassInfo& info, const uuid& identity, bool withDefaults);
-  void elementGone() { --liveElements_; }
+  void elementsGone(std::size_t count) { liveElements_ -= count; }
   void elementBack() { ++liveElements_; }
   /// The log after `log` in time: pending ones, then the open one; null after the last.
   UndoLog* logAfter(const UndoLog& log) const {

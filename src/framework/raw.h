@@ -49,6 +49,10 @@ struct Raw {
   static void setProxy(ElementImpl& e, bool on) { setFlag(e, ElementImpl::kProxy, on); }
   static void setDestroyed(ElementImpl& e, bool on) { setFlag(e, ElementImpl::kDestroyed, on); }
   static void setInLog(ElementImpl& e, bool on) { setFlag(e, ElementImpl::kInLog, on); }
+  /// Destroyed, in a change that observers have not heard of yet.
+  static void setRetired(ElementImpl& e, bool on) {
+    setFlag(e, ElementImpl::kDestroyed | ElementImpl::kInLog, on);
+  }
   static bool isInLog(const ElementImpl& e) { return (e.flags_ & ElementImpl::kInLog) != 0; }
   static bool isPlain(const ElementImpl& e) { return (e.flags_ & ElementImpl::kAttention) == 0; }
   /// Loads a proxy; raises CannotUseDestroyedElement.

@@ -23,14 +23,13 @@ void unplaceOutgoing(ElementImpl& element, const PropertyInfo& property, std::ui
 void revertCreate(ModelImpl& model, ElementImpl& element) noexcept {
   links::withdraw(element);
   model.identities().remove(element);
-  model.elementGone();
+  model.elementsGone(1);
   Raw::setDestroyed(element, true);
   discard(model, element);
 }
 
 void revertDestroy(ModelImpl& model, ElementImpl& element, IncomingList* referrers) noexcept {
-  Raw::setDestroyed(element, false);
-  Raw::setInLog(element, false);
+  Raw::setRetired(element, false);
   links::enter(element);
   Raw::incoming(element) = referrers;
   for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
@@ -87,7 +86,11 @@ void revert(ModelImpl& model, const UndoRecord& record) noexcept {
   }
   ElementImpl& element = *model.pool().at(record.element);
   if (record.kind == UndoKind::kDestroy) {
-    return revertDestroy(model, element, reinterpret_cast<IncomingList*>(record.old));
+    for (std::uint32_t i = record.count; i-- > 0;) {
+      revertDestroy(model, *model.pool().at(record.element + i * record.position),
+                    reinterpret_cast<IncomingList*>(record.old));
+    }
+    return;
   }
   if (record.kind == UndoKind::kProxy) return revertCreate(model, element);
   if (record.kind == UndoKind::kLoad) return revertLoad(element);
@@ -128,10 +131,13 @@ void settle(ModelImpl& model, const UndoRecord& record) noexcept {
       break;
     }
     case UndoKind::kDestroy: {
-      ElementImpl& element = *model.pool().at(record.element);
-      links::release(element, reinterpret_cast<IncomingList*>(record.old));
-      Raw::setInLog(element, false);
-      discard(model, element);
+      ElementImpl& first = *model.pool().at(record.element);
+      links::release(first, reinterpret_cast<IncomingList*>(record.old));
+      for (std::uint32_t i = 0; i < record.count; ++i) {
+        ElementImpl& element = *model.pool().at(record.element + i * record.position);
+        Raw::setInLog(element, false);
+        discard(model, element);
+      }
       break;
     }
     default: break;

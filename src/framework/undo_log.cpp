@@ -80,17 +80,14 @@ void ChangeIndex::extend(const std::vector<UndoRecord>& records, ModelImpl& mode
     const UndoRecord& record = records[taken_];
     const auto number = static_cast<std::uint32_t>(taken_);
     if (record.kind == UndoKind::kNothing || isLoading(record.kind)) continue;
-    if (record.kind == UndoKind::kCreate) {
-      for (std::uint32_t i = 0; i < record.count; ++i) {
-        note(record.element + i * record.position, kLifetime, number, i);
-      }
-      continue;
-    }
-    if (record.kind != UndoKind::kDestroy) {
+    if (record.kind != UndoKind::kCreate && record.kind != UndoKind::kDestroy) {
       note(record.element, record.property, number, 0);
       continue;
     }
-    note(record.element, kLifetime, number, 0);
+    for (std::uint32_t i = 0; i < record.count; ++i) {
+      note(record.element + i * record.position, kLifetime, number, i);
+    }
+    if (record.kind == UndoKind::kCreate) continue;
     auto* referrers = reinterpret_cast<IncomingList*>(record.old);
     for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
       const Incoming& entry = referrers->entries()[i];

@@ -18,7 +18,7 @@ class ModelImpl;
 enum class UndoKind : std::uint8_t {
   kNothing,      ///< a record that was withdrawn
   kCreate,       ///< `count` elements from `element` on, `position` cell units apart
-  kDestroy,      ///< `old`: the list of its referrers
+  kDestroy,      ///< the same; `old`: the list of its referrers, of a single one
   kProxy,        ///< a proxy was made; not told
   kLoad,         ///< a proxy was loaded; not told
   kLoadInto,     ///< `count` contents from `position` on came with it; not told
