@@ -55,9 +55,17 @@ def count_written(files: list[Path]) -> dict[str, int]:
     return counted
 
 
-def budget_of(declared: dict) -> int:
-    """The lines that a class may cost, by its own properties."""
-    properties = declared.get("properties", [])
+def own_properties(declared: dict, groups: dict) -> list[dict]:
+    """The properties of a class, those of the groups that it uses among them."""
+    properties = []
+    for item in declared.get("properties", []):
+        used = groups.get(item.get("use"), {}).get("properties", [item])
+        properties += [p for p in used if p.get("name") not in item.get("without", [])]
+    return properties
+
+
+def budget_of(properties: list[dict]) -> int:
+    """The lines that a class with these properties of its own may cost."""
     lists = sum(1 for p in properties if p.get("contains") and p.get("many"))
     return FIXED + PER_CONTAINMENT_LIST * lists + PER_PROPERTY * (len(properties) - lists)
 
@@ -66,8 +74,10 @@ def declared_classes(schemas: list[Path]) -> dict[str, Class]:
     """The classes of the schemas by their names in lower case, as file names spell them."""
     classes = {}
     for schema in schemas:
-        for name, declared in tomllib.loads(schema.read_text("utf-8")).get("class", {}).items():
-            classes[name.lower()] = Class(name, budget_of(declared))
+        file = tomllib.loads(schema.read_text("utf-8"))
+        for name, declared in file.get("class", {}).items():
+            budget = budget_of(own_properties(declared, file.get("group", {})))
+            classes[name.lower()] = Class(name, budget)
     return classes
 
 
