@@ -96,7 +96,8 @@ def host_type(operation: "Operation") -> str:
     if operation.target is None:
         return SCALARS.get(operation.primitive, TEXT)
     is_class = hasattr(operation.target, "properties")
-    return operation.target.qualified + ("" if is_class else " scalar")
+    shape = " vector" if operation.many else "" if is_class else " scalar"
+    return operation.target.qualified + shape
 
 
 class HostPackage:
