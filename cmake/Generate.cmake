@@ -1,5 +1,9 @@
-# Python with the generator's needs: the project's own environment where set-up made one.
-if(EXISTS "${PROJECT_SOURCE_DIR}/.venv/bin/python")
+# Python with the generator's needs: the one that builds a wheel, or the project's own environment
+# where set-up made one.
+if(SKBUILD)
+  find_package(Python 3.11 REQUIRED COMPONENTS Interpreter)
+  set(KXSIM_PYTHON "${Python_EXECUTABLE}")
+elseif(EXISTS "${PROJECT_SOURCE_DIR}/.venv/bin/python")
   set(KXSIM_PYTHON "${PROJECT_SOURCE_DIR}/.venv/bin/python" CACHE FILEPATH
     "Python with jinja2, for the generator")
 else()

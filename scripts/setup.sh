@@ -74,6 +74,16 @@ missing_venv() {
   [[ -x .venv/bin/python ]] || python3 -c 'import ensurepip, venv' 2>/dev/null || echo python3-venv
 }
 
+# The Python package is built against the headers of the Python that runs it.
+missing_python_headers() {
+  [[ $need == test ]] || return 0
+  local python=python3
+  [[ ! -x .venv/bin/python ]] || python=.venv/bin/python
+  "$python" -c 'import os, sysconfig
+raise SystemExit(not os.path.exists(sysconfig.get_path("include") + "/Python.h"))' 2>/dev/null ||
+    echo python3-dev
+}
+
 # libFuzzer and the sanitizers' runtimes come apart from clang, in a package named after its version.
 missing_runtime() {
   [[ $need == fuzz ]] || return 0
@@ -110,7 +120,7 @@ install_python_packages() {
   printf '%s\n' "$wanted" | tee "$stamp" >.venv/installed-requirements-build.txt
 }
 
-missing=$(missing_commands; missing_headers; missing_venv; missing_runtime)
+missing=$(missing_commands; missing_headers; missing_venv; missing_python_headers; missing_runtime)
 # shellcheck disable=SC2086  # one word per package
 [[ -z $missing ]] || install_packages $missing
 install_python_packages

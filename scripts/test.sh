@@ -37,6 +37,12 @@ has_tests() {
   compgen -G "$1/test_*.py" >/dev/null || compgen -G "$1/**/test_*.py" >/dev/null
 }
 
+# Into .venv, from the build that the other tests have made.
+install_python_package() {
+  .venv/bin/python -m pip install --quiet --disable-pip-version-check --no-deps \
+    --no-build-isolation -C build-dir=build/dev -C cmake.build-type=Debug .
+}
+
 check_directions() {
   .venv/bin/python tools/check_includes.py src build/dev/gen
 }
@@ -51,7 +57,6 @@ step "Tests" ctest --preset dev
 step "Directions of includes" check_directions
 step "Build with address and undefined-behaviour sanitizers" build asan
 step "Tests under the sanitizers" ctest --preset asan
-if has_tests tests/python; then
-  step "Python" run_pytest tests/python
-fi
+step "Install the Python package" install_python_package
+step "Python" run_pytest tests/python
 printf '\nmake test: all %d steps passed in %d s\n' "$steps" "$SECONDS"

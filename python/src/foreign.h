@@ -1,0 +1,17 @@
+// Python objects in host arrays.
+#pragma once
+
+#include <nanobind/nanobind.h>
+
+#include "host/array.h"
+
+namespace kxsim::python {
+
+/// A 1-by-1 foreign object that keeps the Python object, which answers the host's calls by name
+/// as Hooks::findMethod says.
+vexal::ArrayPtr makeForeign(nanobind::object object);
+
+/// The Python object in a foreign object; invalid for everything else.
+nanobind::object foreignObject(const vxArray* array);
+
+}  // namespace kxsim::python

@@ -1,0 +1,240 @@
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <string>
+
+#include "errors.h"
+#include "foreign.h"
+#include "host/cell.h"
+#include "host/record.h"
+#include "host/text.h"
+#include "values.h"
+
+namespace kxsim::python {
+namespace {
+
+using vexal::ArrayPtr;
+
+// What contains itself ends in a RecursionError.
+class Nesting {
+ public:
+  Nesting() {
+    if (Py_EnterRecursiveCall(" while converting a value for the host")) throw nb::python_error();
+  }
+  Nesting(const Nesting&) = delete;
+  Nesting& operator=(const Nesting&) = delete;
+  ~Nesting() { Py_LeaveRecursiveCall(); }
+};
+
+ArrayPtr fromInteger(PyObject* value) {
+  const double number = PyLong_AsDouble(value);
+  if (number == -1.0 && PyErr_Occurred()) throw nb::python_error();
+  const nb::object back = nb::steal(PyLong_FromDouble(number));
+  if (PyObject_RichCompareBool(back.ptr(), value, Py_EQ) != 1) {
+    PyErr_Format(PyExc_OverflowError,
+                 "the host's numbers are doubles, which cannot hold %S exactly", value);
+    throw nb::python_error();
+  }
+  return vexal::createDouble(number);
+}
+
+ArrayPtr fromText(PyObject* value) {
+  const nb::object bytes =
+      nb::steal(PyUnicode_AsEncodedString(value, "utf-16-le", "surrogatepass"));
+  if (!bytes.is_valid()) throw nb::python_error();
+  const auto size = static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.ptr()));
+  std::u16string text(size / sizeof(char16_t), u'\0');
+  std::memcpy(text.data(), PyBytes_AS_STRING(bytes.ptr()), size);
+  return vexal::createChar(text);
+}
+
+ArrayPtr fromSequence(PyObject* value) {
+  const Nesting nesting;
+  // A tuple of its own: converting an item may run code that changes the list.
+  const nb::object items = nb::steal(PySequence_Tuple(value));
+  if (!items.is_valid()) throw nb::python_error();
+  const auto count = static_cast<std::size_t>(PyTuple_GET_SIZE(items.ptr()));
+  const std::size_t dims[] = {1, count};
+  return makeCell(dims, items);
+}
+
+std::string fieldName(PyObject* key) {
+  if (!PyUnicode_Check(key)) {
+    raiseTypeError("the fields of a struct are named by str, not by %.200s", Py_TYPE(key)->tp_name);
+  }
+  Py_ssize_t size = 0;
+  const char* const text = PyUnicode_AsUTF8AndSize(key, &size);
+  if (text == nullptr) throw nb::python_error();
+  return {text, static_cast<std::size_t>(size)};
+}
+
+ArrayPtr fromDict(PyObject* value) {
+  const Nesting nesting;
+  const nb::object items = nb::steal(PyDict_Items(value));
+  if (!items.is_valid()) throw nb::python_error();
+  ArrayPtr record = vexal::createStruct();
+  for (Py_ssize_t k = 0; k < PyList_GET_SIZE(items.ptr()); ++k) {
+    PyObject* const item = PyList_GET_ITEM(items.ptr(), k);
+    const std::string name = fieldName(PyTuple_GET_ITEM(item, 0));
+    vexal::setField(record.get(), name, toHost(PyTuple_GET_ITEM(item, 1)).get());
+  }
+  return record;
+}
+
+// Numbers behind the buffer protocol --------------------------------------------------------------
+
+class Buffer {
+ public:
+  explicit Buffer(PyObject* value) {
+    isOpen_ = PyObject_GetBuffer(value, &view_, PyBUF_STRIDES | PyBUF_FORMAT) == 0;
+    if (!isOpen_) PyErr_Clear();
+  }
+  Buffer(const Buffer&) = delete;
+  Buffer& operator=(const Buffer&) = delete;
+  ~Buffer() {
+    if (isOpen_) PyBuffer_Release(&view_);
+  }
+
+  /// The format's one letter in native byte order; 0 for everything else, dates of NumPy among
+  /// them, which show bytes without strides.
+  char kind() const noexcept {
+    if (!isOpen_ || view_.format == nullptr) return 0;
+    if (view_.ndim > 0 && view_.strides == nullptr) return 0;
+    const char* format = view_.format;
+    if (std::strchr("@=<", *format) != nullptr && *format != 0) ++format;
+    return format[0] != 0 && format[1] == 0 ? format[0] : '\0';
+  }
+  const Py_buffer& view() const noexcept { return view_; }
+
+ private:
+  Py_buffer view_{};
+  bool isOpen_;
+};
+
+std::vector<std::size_t> dimensionsOf(const Py_buffer& view) {
+  std::vector<std::size_t> dims(view.shape, view.shape + view.ndim);
+  while (dims.size() < 2) dims.insert(dims.begin(), 1);
+  return dims;
+}
+
+// Walks an N-dimensional buffer in column-major order.
+template <class From, class To>
+void copyStrided(const Py_buffer& view, std::span<To> to) {
+  const auto rank = static_cast<std::size_t>(view.ndim);
+  std::vector<Py_ssize_t> index(rank, 0);
+  const char* at = static_cast<const char*>(view.buf);
+  for (To& element : to) {
+    From from;
+    std::memcpy(&from, at, sizeof from);
+    element = static_cast<To>(from);
+    for (std::size_t k = 0; k < rank; ++k) {
+      at += view.strides[k];
+      if (++index[k] < view.shape[k]) break;
+      at -= view.strides[k] * view.shape[k];
+      index[k] = 0;
+    }
+  }
+}
+
+template <class From, class To>
+ArrayPtr copied(const Py_buffer& view, vexal::ClassId classId) {
+  ArrayPtr array = vexal::createArray(classId, dimensionsOf(view));
+  const std::span<To> to = vexal::mutableElements<To>(array.get());
+  if (std::is_same_v<From, To> && PyBuffer_IsContiguous(&view, 'F')) {
+    if (!to.empty()) std::memcpy(to.data(), view.buf, to.size_bytes());
+  } else {
+    copyStrided<From, To>(view, to);
+  }
+  return array;
+}
+
+template <class From>
+ArrayPtr numbers(const Py_buffer& view) {
+  ArrayPtr array = copied<From, double>(view, vexal::ClassId::Double);
+  if constexpr (std::is_integral_v<From> && sizeof(From) == sizeof(double)) {
+    const auto isTooLarge = [](double number) { return std::abs(number) > 0x1p53; };
+    if (std::ranges::any_of(vexal::doubleData(array.get()), isTooLarge)) {
+      PyErr_SetString(PyExc_OverflowError,
+                      "the host's numbers are doubles, which cannot hold integers beyond 2**53");
+      throw nb::python_error();
+    }
+  }
+  return array;
+}
+
+// Null when the buffer holds no numbers.
+ArrayPtr fromBuffer(PyObject* value) {
+  const Buffer buffer(value);
+  const Py_buffer& view = buffer.view();
+  switch (buffer.kind()) {
+    case 'd': return numbers<double>(view);
+    case 'f': return numbers<float>(view);
+    case '?': return copied<bool, bool>(view, vexal::ClassId::Logical);
+    case 'b': return numbers<signed char>(view);
+    case 'B': return numbers<unsigned char>(view);
+    case 'h': return numbers<short>(view);
+    case 'H': return numbers<unsigned short>(view);
+    case 'i': return numbers<int>(view);
+    case 'I': return numbers<unsigned>(view);
+    case 'l': return numbers<long>(view);
+    case 'L': return numbers<unsigned long>(view);
+    case 'q': return numbers<long long>(view);
+    case 'Q': return numbers<unsigned long long>(view);
+    default: return nullptr;
+  }
+}
+
+bool hasNumbers(PyObject* value) {
+  return PyObject_CheckBuffer(value) && !PyBytes_Check(value) && !PyByteArray_Check(value);
+}
+
+ArrayPtr adapted(nb::handle value) {
+  const nb::object stand = hooks().adapt(value);
+  if (stand.is(value)) return makeForeign(nb::borrow(value));
+  const Nesting nesting;
+  return toHost(stand);
+}
+
+}  // namespace
+
+ArrayPtr toHost(nb::handle value) {
+  PyObject* const object = value.ptr();
+  if (PyFloat_Check(object)) return vexal::createDouble(PyFloat_AS_DOUBLE(object));
+  if (PyBool_Check(object)) return vexal::createLogical(object == Py_True);
+  if (PyLong_CheckExact(object)) return fromInteger(object);
+  if (PyUnicode_Check(object)) return fromText(object);
+  if (nb::inst_check(value) && nb::isinstance<Array>(value)) {
+    const Array& held = *nb::inst_ptr<Array>(value);
+    if (held.array == nullptr) raiseTypeError("the object has not been initialised");
+    return vexal::deepCopy(held.array.get());
+  }
+  if (value.is_none()) return vexal::createDoubleMatrix(0, 0);
+  if (PyList_Check(object) || PyTuple_Check(object)) return fromSequence(object);
+  if (PyDict_Check(object)) return fromDict(object);
+  if (hasNumbers(object)) {
+    if (ArrayPtr array = fromBuffer(object)) return array;
+  }
+  return adapted(value);
+}
+
+ArrayPtr makeCell(std::span<const std::size_t> dims, nb::handle items) {
+  ArrayPtr cell = vexal::createArray(vexal::ClassId::Cell, dims);
+  if (nb::len(items) != vexal::elementCount(cell.get())) {
+    raiseTypeError("a cell array of this size needs as many items");
+  }
+  std::size_t k = 0;
+  for (nb::handle item : items) vexal::setCell(cell.get(), k++, toHost(item).get());
+  return cell;
+}
+
+Inputs::Inputs(nb::handle sequence) {
+  const std::size_t count = nb::len(sequence);
+  owned_.reserve(count);
+  arrays_.reserve(count);
+  for (nb::handle value : sequence) {
+    owned_.push_back(toHost(value));
+    arrays_.push_back(owned_.back().get());
+  }
+}
+
+}  // namespace kxsim::python
