@@ -1,0 +1,50 @@
+"""Design studies of dynamic-system models, scripted from Python.
+
+Importing starts the embedded host in this thread and loads the package of design studies. Host
+packages are then Python modules under their own names::
+
+    import kxsim
+    from kxsim import design
+
+    model = kxsim.Model()
+    gain = design.Variable(model, Name="gain")
+    with model.transaction():
+        gain.Name = "Kp"
+
+Everything of the host belongs to the thread that imported kxsim first.
+"""
+
+from __future__ import annotations
+
+import atexit
+import os
+import sys
+
+from kxsim import _classes, _host, _packages
+from kxsim._adapters import adapt, find_method
+from kxsim._distributions import distribution, seed
+from kxsim._errors import HostError
+
+__all__ = ["HostError", "Model", "distribution", "seed"]
+__version__ = "0.1.0"
+
+
+def _start() -> None:
+    _host.connect(HostError, _classes.class_for, adapt, find_method)
+    atexit.register(_host.disconnect)
+    _host.start()
+    _host.load_module(os.path.join(os.path.dirname(_host.__file__), _host.PACKAGE_LIBRARY))
+    _packages.install()
+
+
+_start()
+
+
+def __getattr__(name: str):
+    if name == "Model":
+        return _classes.class_for("mf.zero.Model")
+    return _packages.member(sys.modules[__name__], name)
+
+
+def __dir__() -> list[str]:
+    return sorted({*globals(), "Model", *_packages.members(__name__)})

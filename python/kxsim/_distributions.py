@@ -1,0 +1,106 @@
+"""Python objects as distributions.
+
+The host draws one value at a time by calling "random". A distribution is anything with one of
+
+    random()     called as it is
+    rvs()        a frozen SciPy distribution or its like; random_state=<generator> when it takes it
+    sample()     the newer SciPy distributions or their like; rng=<generator> when it takes it
+
+tried in this order. Draws come in the order of the runs and within a run in the order of the
+space's parameters. They use the generator given to `distribution(..., rng=...)`, otherwise
+kxsim's own, which `seed` starts anew together with the host's; no global state is touched.
+"""
+
+from __future__ import annotations
+
+from collections.abc import Callable
+from functools import cache
+from typing import Any
+
+from kxsim import _host
+
+_own_generator: Any = None
+
+
+def seed(value: int) -> None:
+    """Starts the random numbers anew: the host's, and those of Python distributions without `rng`.
+
+    The same non-negative seed gives the same study.
+    """
+    global _own_generator
+    _host.seed(value)
+    _own_generator = _generator(value)
+
+
+def _generator(rng: Any) -> Any:
+    from numpy.random import default_rng
+
+    return default_rng(rng)
+
+
+def _default() -> Any:
+    global _own_generator
+    if _own_generator is None:
+        _own_generator = _generator(0)
+    return _own_generator
+
+
+@cache
+def _keyword_of(function: Callable, wanted: tuple[str, ...]) -> str | None:
+    import inspect
+
+    try:
+        parameters = inspect.signature(function).parameters
+    except (TypeError, ValueError):
+        return None
+    return next((name for name in wanted if name in parameters), None)
+
+
+def draw_from(source: object, rng: Any = None) -> Callable[[], Any] | None:
+    """A function that draws one value; None when the source is no distribution."""
+    for name, keywords in (
+        ("random", ("rng", "random_state")),
+        ("rvs", ("random_state", "rng")),
+        ("sample", ("rng", "random_state")),
+    ):
+        method = getattr(source, name, None)
+        if not callable(method) or isinstance(source, type):
+            continue
+        if name == "random" and rng is None:
+            return method
+        keyword = _keyword_of(getattr(method, "__func__", method), keywords)
+        if keyword is None:
+            return method
+        return lambda method=method, keyword=keyword: _one(
+            method(**{keyword: rng if rng is not None else _default()})
+        )
+    return None
+
+
+def _one(value: Any) -> Any:
+    """A draw of one element as that element."""
+    return value.item() if getattr(value, "size", None) == 1 else value
+
+
+class _Seeded:
+    def __init__(self, source: object, rng: Any) -> None:
+        self.source = source
+        self._draw = draw_from(source, rng)
+        if self._draw is None:
+            kind = type(source).__name__
+            raise TypeError(f"{kind} is no distribution: it has no random, rvs or sample")
+
+    def random(self) -> Any:
+        return self._draw()
+
+    def __repr__(self) -> str:
+        return f"kxsim.distribution({self.source!r})"
+
+
+def distribution(source: object, *, rng: Any = None) -> _Seeded:
+    """A distribution that draws from its own generator.
+
+    `source` is anything with `random`, `rvs` or `sample`; `rng` a `numpy.random.Generator` or a
+    seed for one. Raises TypeError for everything else.
+    """
+    return _Seeded(source, None if rng is None else _generator(rng))

@@ -1,0 +1,246 @@
+"""What Python adds to some host classes: models as containers, collections as sequences."""
+
+from __future__ import annotations
+
+import weakref
+from collections.abc import Callable, Iterable, Iterator, MutableSequence, Sequence
+from contextlib import contextmanager
+from typing import Any, NamedTuple
+
+from kxsim import _host
+from kxsim._errors import HostError
+
+MANY = _host.Reading.MANY
+
+
+class Model:
+    """Mixed into mf.zero.Model."""
+
+    __slots__ = ()
+
+    @contextmanager
+    def transaction(self) -> Iterator[Any]:
+        """A change as a whole: kept at the end of the block, rolled back on an exception."""
+        transaction = self.beginTransaction()
+        try:
+            yield transaction
+        except BaseException:
+            if transaction.isOpen():
+                transaction.rollback()
+            raise
+        if transaction.isOpen():
+            transaction.commit()
+
+    def observe(self, observer: Callable[[ChangeSet], object]) -> Subscription:
+        """Calls the observer with each committed change set, until the subscription ends.
+
+        It ends with `end()`, at the end of a `with` block, and when nobody holds it any more: keep
+        it, or use this as a decorator. An exception of the observer reaches who committed, after
+        the other observers were told; the change stays.
+        """
+        return Subscription(self, observer)
+
+    def elements(self, of_class: Any = None, **conditions: Any) -> Sequence[Any]:
+        """All elements, or those of a class and its subclasses; keywords name properties and the
+        values that they must have."""
+        arguments = () if of_class is None else (of_class,)
+        if conditions:
+            arguments = (of_class or "mf.zero.ModelElement", conditions)
+        return _host.invoke(self, "elements", arguments, MANY)
+
+    def roots(self) -> Sequence[Any]:
+        """The elements that no other contains."""
+        return _host.invoke(self, "roots", (), MANY)
+
+    def findElement(self, identity: Any) -> Any:
+        """The element with that identity, or None."""
+        return _host.invoke(self, "findElement", (identity,), _host.Reading.OPTIONAL)
+
+    def __len__(self) -> int:
+        return int(_host.invoke(self, "size", ()))
+
+    def __bool__(self) -> bool:
+        return True
+
+    def __repr__(self) -> str:
+        return f"<mf.zero.Model of {len(self)} elements>" if self.is_valid else super().__repr__()
+
+
+class ChangeSet(NamedTuple):
+    """What an outermost transaction changed.
+
+    Elements that it created; "Identity" and "Class" of those that it destroyed; "Element",
+    "Property", "OldValue" and "NewValue" of each property that it modified.
+    """
+
+    created: Sequence[Any]
+    destroyed: Sequence[dict[str, Any]]
+    modified: Sequence[dict[str, Any]]
+
+
+def _many(value: Any) -> Sequence[Any]:
+    """The host's array of one reads as that one."""
+    return value if isinstance(value, Sequence) else [value]
+
+
+class _Relay:
+    """What the host holds of a subscription: nothing that keeps the observer alive."""
+
+    __slots__ = ("_subscription",)
+
+    def __init__(self, subscription: Subscription) -> None:
+        self._subscription = weakref.ref(subscription)
+
+    def changed(self, changes: dict[str, Any]) -> None:
+        subscription = self._subscription()
+        if subscription is not None:
+            kinds = (changes["Created"], changes["Destroyed"], changes["Modified"])
+            subscription.observer(ChangeSet(*map(_many, kinds)))
+
+
+class Subscription:
+    """An observation of a model; it keeps its observer."""
+
+    def __init__(self, model: Any, observer: Callable) -> None:
+        if not callable(observer):
+            raise TypeError(f"an observer must be callable, unlike {type(observer).__name__}")
+        self.observer = observer
+        self._held = _host.invoke(model, "observe", (_Relay(self),))
+
+    def end(self) -> None:
+        """Tells the observer no more; may be called again."""
+        self._held.end()
+
+    def __enter__(self) -> Subscription:
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        self.end()
+
+
+class Element:
+    """Mixed into mf.zero.ModelElement."""
+
+    __slots__ = ()
+
+    def owner(self) -> Any:
+        """The element that contains this one, or None."""
+        return _host.invoke(self, "owner", (), _host.Reading.OPTIONAL)
+
+
+class Collection:
+    """Mixed into the live collections: a mutable sequence, each change one transaction."""
+
+    __slots__ = ()
+
+    def __len__(self) -> int:
+        return int(_host.invoke(self, "size", ()))
+
+    def _all(self) -> Sequence[Any]:
+        return _host.invoke(self, "toArray", (), MANY)
+
+    def __getitem__(self, index: Any) -> Any:
+        if isinstance(index, slice):
+            return list(self._all()[index])
+        place = index.__index__()
+        try:
+            return _host.invoke(self, "at", (place if place >= 0 else place + len(self),))
+        except HostError as error:
+            if error.key != "IndexOutOfRange":
+                raise
+        raise IndexError("index out of range")
+
+    def __iter__(self) -> Iterator[Any]:
+        """Over what it holds now, whatever happens to it meanwhile."""
+        return iter(self._all())
+
+    def __contains__(self, value: Any) -> bool:
+        try:
+            return _host.invoke(self, "contains", (value,))
+        except (HostError, TypeError):
+            return False
+
+    def __setitem__(self, index: Any, value: Any) -> None:
+        items = list(self._all())
+        items[index] = list(value) if isinstance(index, slice) else value
+        self._assign(items)
+
+    def __delitem__(self, index: Any) -> None:
+        items = list(self._all())
+        del items[index]
+        self._assign(items)
+
+    def _assign(self, items: list[Any]) -> None:
+        _host.invoke(self, "assign", (items,))
+
+    def append(self, value: Any) -> None:
+        _host.invoke(self, "add", ([value],))
+
+    def extend(self, values: Iterable[Any]) -> None:
+        """Appends all of them, or none when one is refused."""
+        _host.invoke(self, "add", (list(values),))
+
+    def insert(self, index: int, value: Any) -> None:
+        size = len(self)
+        place = max(0, index + size) if index < 0 else min(index, size)
+        if place == size:
+            self.append(value)
+        else:
+            self._insert(place, value)
+
+    def _insert(self, place: int, value: Any) -> None:
+        if _host.has_member(self, "insert"):
+            _host.invoke(self, "insert", (place, value))
+        else:
+            raise TypeError(f"{type(self).__host_name__} has no order to insert into")
+
+    def remove(self, value: Any) -> None:
+        """Takes it out; ValueError when it is not held."""
+        if value not in self:
+            raise ValueError(f"{value!r} is not in the collection")
+        _host.invoke(self, "remove", (value,))
+
+    def clear(self) -> None:
+        """Takes everything out."""
+        _host.invoke(self, "clear", ())
+
+    def reverse(self) -> None:
+        self._assign(self[::-1])
+
+    index = Sequence.index
+    count = Sequence.count
+    pop = MutableSequence.pop
+    __reversed__ = Sequence.__reversed__
+    __iadd__ = MutableSequence.__iadd__
+
+    def __repr__(self) -> str:
+        return _listing(self, type(self).__host_name__) if self.is_valid else super().__repr__()
+
+    def _repr_html_(self) -> str:
+        from html import escape
+
+        return escape(repr(self))
+
+
+def _listing(items: Sequence[Any], name: str, shown: int = 6) -> str:
+    """The first few in words."""
+    words = [repr(item) for item in items[:shown]]
+    rest = [f"... {len(items) - shown} more"] if len(items) > shown else []
+    return f"<{name} of {len(items)}: [{', '.join(words + rest)}]>"
+
+
+def _extend_object_arrays() -> None:
+    Sequence.register(_host.ObjectArray)
+    _host.ObjectArray.index = Sequence.index
+    _host.ObjectArray.count = Sequence.count
+    _host.ObjectArray.__repr__ = lambda self: _listing(self, self.host_class)
+
+
+_extend_object_arrays()
+
+EXTENSIONS = {
+    "mf.zero.Model": Model,
+    "mf.zero.ModelElement": Element,
+    "mf.zero.Set": Collection,
+    "mf.zero.PrimitiveSet": Collection,
+}

@@ -1,0 +1,91 @@
+"""Host packages as Python modules, under their own dotted names."""
+
+from __future__ import annotations
+
+import importlib
+import importlib.abc
+import importlib.machinery
+import sys
+from types import ModuleType
+from typing import Any
+
+from kxsim import _classes, _host
+
+
+def is_package(name: str) -> bool:
+    """Whether there is a host package of that name, or classes that name it as theirs."""
+    return _host.look_up(name) == "package" or bool(_host.classes(name))
+
+
+def _last(name: str) -> str:
+    return name.rpartition(".")[2]
+
+
+def members(package: str) -> list[str]:
+    """The names of the packages and classes below a package that are known so far."""
+    return sorted({_last(name) for name in _host.packages(package) + _host.classes(package)})
+
+
+def member(module: ModuleType, name: str) -> Any:
+    """A class, function or package of a host package; the module keeps it."""
+    full = f"{module.__name__}.{name}"
+    kind = "" if name.startswith("__") else _host.look_up(full)
+    if kind == "class":
+        found = _classes.class_for(full)
+    elif kind == "function":
+        found = _function(full)
+    elif not name.startswith("_") and is_package(full):
+        found = importlib.import_module(full)
+    else:
+        raise AttributeError(f"the host package {module.__name__!r} has no {name!r}")
+    setattr(module, name, found)
+    return found
+
+
+def _function(full: str) -> Any:
+    def function(*arguments: Any) -> Any:
+        return _host.call(full, arguments)
+
+    function.__name__ = _last(full)
+    function.__qualname__ = full
+    function.__doc__ = f"The host function {full}."
+    return function
+
+
+class _HostPackage(ModuleType):
+    def __getattr__(self, name: str) -> Any:
+        return member(self, name)
+
+    def __dir__(self) -> list[str]:
+        return sorted({*self.__dict__, *members(self.__name__)})
+
+    @property
+    def __all__(self) -> list[str]:
+        return members(self.__name__)
+
+
+class _Importer(importlib.abc.MetaPathFinder, importlib.abc.Loader):
+    """Asked last, so that Python's own modules come first."""
+
+    def find_spec(self, name: str, path: Any = None, target: Any = None) -> Any:
+        root = name.partition(".")[0]
+        if root == name or root not in sys.modules or not is_package(name):
+            return None
+        return importlib.machinery.ModuleSpec(name, self, origin="host", is_package=True)
+
+    def create_module(self, spec: Any) -> ModuleType:
+        return _HostPackage(spec.name, f"The host package {spec.name}.")
+
+    def exec_module(self, module: ModuleType) -> None:
+        pass
+
+
+def install() -> None:
+    """Makes host packages importable."""
+    if not any(isinstance(finder, _Importer) for finder in sys.meta_path):
+        sys.meta_path.append(_Importer())
+
+
+def adopt(name: str) -> None:
+    """Lets an imported Python module show the host package of the same name."""
+    sys.modules[name].__class__ = _HostPackage
