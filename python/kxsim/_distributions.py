@@ -29,10 +29,11 @@ def seed(value: int) -> None:
     """
     global _own_generator
     _host.seed(value)
-    _own_generator = _generator(value)
+    _own_generator = generator(value)
 
 
-def _generator(rng: Any) -> Any:
+def generator(rng: Any) -> Any:
+    """The `numpy.random.Generator` that a generator or a seed stands for."""
     from numpy.random import default_rng
 
     return default_rng(rng)
@@ -41,7 +42,7 @@ def _generator(rng: Any) -> Any:
 def _default() -> Any:
     global _own_generator
     if _own_generator is None:
-        _own_generator = _generator(0)
+        _own_generator = generator(0)
     return _own_generator
 
 
@@ -103,4 +104,4 @@ def distribution(source: object, *, rng: Any = None) -> _Seeded:
     `source` is anything with `random`, `rvs` or `sample`; `rng` a `numpy.random.Generator` or a
     seed for one. Raises TypeError for everything else.
     """
-    return _Seeded(source, None if rng is None else _generator(rng))
+    return _Seeded(source, None if rng is None else generator(rng))

@@ -1,0 +1,107 @@
+"""Studies in words: read from their elements, however these came about."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator, Sequence
+from typing import Any
+
+from kxsim import design
+
+_WORDS = {"Exhaustive": "grid", "Sequential": "zipped", "RandomParameterSpace": "draws"}
+
+
+def name_of(target: Any) -> str:
+    """How a column of this target's values is headed."""
+    if target is None:
+        return "(no target)"
+    name = getattr(target, "Name", "") or type(target).__name__
+    path = getattr(target, "BlockPath", "")
+    return f"{path}:{name}" if path else name
+
+
+def values_of(run: Any) -> dict[str, Any]:
+    """The values of one run by name; equal names are numbered."""
+    named: dict[str, Any] = {}
+    for sample in run.ParameterSamples:
+        name = name_of(sample.ParameterType)
+        count = sum(known.partition(" #")[0] == name for known in named)
+        named[f"{name} #{count + 1}" if count else name] = sample.Value
+    return named
+
+
+def targets(space: Any) -> Iterator[Any]:
+    """What a space varies, in the order of its samples."""
+    if isinstance(space, design.ValueSetParameter):
+        yield space.ParameterType
+    elif isinstance(space, design.StatisticalParameterSpace):
+        yield from (parameter.ParameterType for parameter in space.Parameters)
+    else:
+        for child in space.ParameterSpaces:
+            yield from targets(child)
+
+
+def tree(space: Any) -> str:
+    """The space and what is below it, a line each, with its number of runs."""
+    return "\n".join(_lines(space))
+
+
+def _lines(space: Any) -> list[str]:
+    count = f"{space.NumIterations:,.0f} run{'s' if space.NumIterations != 1 else ''}"
+    if isinstance(space, design.ValueSetParameter):
+        return [f"{name_of(space.ParameterType)}: {count}, {_preview(space.Values or [])}"]
+    head = f"{_WORDS.get(type(space).__name__, type(space).__name__)}: {count}"
+    return [head, *_branches(_blocks(space))]
+
+
+def _blocks(space: Any) -> list[list[str]]:
+    if isinstance(space, design.StatisticalParameterSpace):
+        return [
+            [f"{name_of(parameter.ParameterType)}: {_distribution(parameter.Distribution)}"]
+            for parameter in space.Parameters
+        ]
+    return [_lines(child) for child in space.ParameterSpaces]
+
+
+def _distribution(source: Any) -> str:
+    """Frozen SciPy distributions by name and arguments, all others as they show themselves."""
+    source = getattr(source, "source", source)
+    name = getattr(getattr(source, "dist", None), "name", None)
+    if name is None:
+        return repr(source)
+    words = [*map(repr, source.args), *(f"{key}={value!r}" for key, value in source.kwds.items())]
+    return f"{name}({', '.join(words)})"
+
+
+def _branches(blocks: Sequence[Sequence[str]]) -> Iterator[str]:
+    for block in blocks:
+        is_last = block is blocks[-1]
+        yield ("└─ " if is_last else "├─ ") + block[0]
+        yield from (("   " if is_last else "│  ") + line for line in block[1:])
+
+
+def _preview(values: Any, shown: int = 4) -> str:
+    values = list(values)
+    words = [_word(value) for value in values[:shown]]
+    return ", ".join(words + (["..."] if len(values) > shown else []))
+
+
+def _word(value: Any) -> str:
+    if isinstance(value, float):
+        return f"{value:g}"
+    text = " ".join(str(value).split())
+    return text if len(text) <= 24 else f"{text[:21]}..."
+
+
+def table(runs: Sequence[Any], limit: int) -> str:
+    """The first runs, a line each."""
+    rows = [values_of(run) for run in runs[:limit]]
+    names = list(dict.fromkeys(name for row in rows for name in row))
+    cells = [["run", *names]]
+    cells += [
+        [str(k), *(_word(row[name]) if name in row else "" for name in names)]
+        for k, row in enumerate(rows, 1)
+    ]
+    widths = [max(map(len, column)) for column in zip(*cells, strict=True)]
+    lines = ["  ".join(map(str.rjust, line, widths)) for line in cells]
+    rest = len(runs) - len(rows)
+    return "\n".join(lines + ([f"... {rest:,} more"] if rest > 0 else []))

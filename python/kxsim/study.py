@@ -1,0 +1,280 @@
+"""Studies in few words.
+
+    from kxsim.study import draws, grid, values, zipped
+
+    study = grid(Kp=[0.1, 0.2, 0.4], Ki=[1, 2])
+    print(study)             # as a tree, with the number of runs
+    study.table()            # the runs, one line each
+
+The functions describe a study; its elements are made in a model when something is asked of it, or
+by `build`, all or none of them. From then on every answer comes from the elements, which
+`study.space` leads to.
+
+What varies is named by a str, which stands for a variable of that name, by `target(...)` or by an
+element of a subclass of `kxsim.design.ParameterType`. Names that are no identifiers, and targets,
+are keys of a mapping: `grid({"gain 1": [1, 2]}, Ki=[1, 2])`.
+"""
+
+from __future__ import annotations
+
+from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
+from functools import cached_property
+from typing import Any, NamedTuple
+
+import kxsim
+from kxsim import _describe, design
+from kxsim._distributions import generator as numpy_generator
+
+__all__ = ["Study", "Target", "draws", "grid", "target", "values", "zipped"]
+
+
+class Target(NamedTuple):
+    """A thing to vary that is no variable: its class and its properties."""
+
+    of_class: type
+    properties: tuple[tuple[str, Any], ...]
+
+    def make(self, model: Any) -> Any:
+        return self.of_class(model, **dict(self.properties))
+
+
+def target(of_class: type, **properties: Any) -> Target:
+    """What a run changes, say `target(design.BlockParameter, Name="Kp", BlockPath="motor/pid")`."""
+    if not (isinstance(of_class, type) and issubclass(of_class, design.ParameterType)):
+        raise TypeError(f"a target is a class below design.ParameterType, not {of_class!r}")
+    return Target(of_class, tuple(properties.items()))
+
+
+class Study:
+    """A parameter space, made when first needed; `len` is its number of runs."""
+
+    def __init__(self, make: Callable[[Any], Any], keys: Sequence[Any], model: Any = None) -> None:
+        self._make = make
+        self._keys = tuple(keys)
+        self._given_model = model
+
+    @classmethod
+    def of(cls, space: Any) -> Study:
+        """The study of a parameter space that exists."""
+        if not isinstance(space, design.ParameterSpace):
+            raise TypeError(f"a study is made of a parameter space, not of {space!r}")
+        keys = [sample for sample in _describe.targets(space) if sample is not None]
+        return cls(lambda model: space, keys, space.model())
+
+    def build(self, model: Any = None) -> Study:
+        """Makes the elements: in this model, that of targets or spaces it was given, or a new one.
+
+        Raises ValueError when they exist already. A refused value leaves nothing behind.
+        """
+        if "space" in self.__dict__:
+            raise ValueError("the study has been built already")
+        model = model or self._given_model or kxsim.Model()
+        with model.transaction():
+            self.__dict__["space"] = self._make(model)
+        return self
+
+    @cached_property
+    def space(self) -> Any:
+        """The element that stands for the whole study."""
+        return self.build().__dict__["space"]
+
+    @property
+    def model(self) -> Any:
+        return self.space.model()
+
+    def __len__(self) -> int:
+        return int(self.space.NumIterations)
+
+    @cached_property
+    def runs(self) -> Sequence[Any]:
+        """The runs, elements of class `kxsim.design.Iteration`; made once."""
+        return self.space.createIterations()
+
+    def __iter__(self) -> Iterator[dict[str, Any]]:
+        """The values of each run, by name."""
+        return map(_describe.values_of, self.runs)
+
+    def columns(self) -> dict[str, list[Any]]:
+        """The values by name, one per run each."""
+        columns: dict[str, list[Any]] = {}
+        for run in self:
+            for name, value in run.items():
+                columns.setdefault(name, []).append(value)
+        return columns
+
+    def to_pandas(self) -> Any:
+        """The runs as a data frame, numbered from 1; needs pandas."""
+        import pandas
+
+        frame = pandas.DataFrame(self.columns())
+        frame.index = pandas.RangeIndex(1, len(frame) + 1, name="run")
+        return frame
+
+    def table(self, limit: int = 20) -> str:
+        """The first runs in words, one line each."""
+        return _describe.table(self.runs, limit)
+
+    def __repr__(self) -> str:
+        return _describe.tree(self.space)
+
+    def _repr_html_(self) -> str:
+        from html import escape
+
+        return f"<pre>{escape(repr(self))}</pre>"
+
+
+# What callers write ------------------------------------------------------------------------------
+
+
+def values(key: Any, items: Iterable[Any]) -> Study:
+    """One varied quantity and its values, one run each."""
+    listed = _listed(key, items)
+
+    def make(model: Any) -> Any:
+        return design.ValueSetParameter(model, ParameterType=_made(key, model), Values=listed)
+
+    return Study(make, [_checked(key)], _model_of(key))
+
+
+def grid(*parts: Any, **factors: Iterable[Any]) -> Study:
+    """Every combination, the first part varying fastest.
+
+    Parts are studies, parameter spaces, mappings from what varies to its values, and lists of runs:
+    data frames or sequences of mappings. Raises ValueError when something is varied twice.
+    """
+    return _combined(design.Exhaustive, _children(parts, factors))
+
+
+def zipped(*parts: Any, **factors: Iterable[Any]) -> Study:
+    """The first values of all, the second of all, and so on; parts as in `grid`.
+
+    Building raises ValueError when their numbers of runs differ.
+    """
+    children = _children(parts, factors)
+    if len(children) == 1:
+        return children[0]
+    return _combined(design.Sequential, children, _check_equal_counts)
+
+
+def draws(count: int, *parts: Mapping[Any, Any], rng: Any = None, **distributions: Any) -> Study:
+    """Random values, drawn anew for each run; each quantity has a distribution.
+
+    A distribution is one of `kxsim.dist` or anything with `random`, `rvs` or `sample`. Python's
+    draw from `rng`, a `numpy.random.Generator` or a seed for one, otherwise from kxsim's own
+    generator (`kxsim.seed`).
+    """
+    if isinstance(count, bool) or count != int(count) or count < 1:
+        raise ValueError(f"the number of draws is a positive integer, not {count!r}")
+    pairs = _pairs(parts, distributions)
+    generator = None if rng is None else numpy_generator(rng)
+
+    def make(model: Any) -> Any:
+        drawn = [_drawn(model, key, source, generator) for key, source in pairs]
+        return design.RandomParameterSpace(model, NumSamples=int(count), Parameters=drawn)
+
+    return Study(make, _once(_checked(key) for key, _ in pairs), _first_model(pairs))
+
+
+# How it is put together --------------------------------------------------------------------------
+
+
+def _combined(of_class: type, children: Sequence[Study], check: Any = None) -> Study:
+    def make(model: Any) -> Any:
+        spaces = [child._make(model) for child in children]
+        if check:
+            check(spaces)
+        return of_class(model, ParameterSpaces=spaces)
+
+    keys = _once(key for child in children for key in child._keys)
+    model = next((child._given_model for child in children if child._given_model), None)
+    return Study(make, keys, model)
+
+
+def _check_equal_counts(spaces: Sequence[Any]) -> None:
+    if len({space.NumIterations for space in spaces}) > 1:
+        told = "; ".join(_describe.tree(space).splitlines()[0] for space in spaces)
+        raise ValueError(f"what is zipped must have equally many runs: {told}")
+
+
+def _drawn(model: Any, key: Any, source: Any, generator: Any) -> Any:
+    if generator is not None and not hasattr(source, "__host_name__"):
+        source = kxsim.distribution(source, rng=generator)
+    try:
+        made = _made(key, model)
+        return design.RandomParameter(model, ParameterType=made, Distribution=source)
+    except kxsim.HostError as error:
+        error.add_note(f"It was given for {key!r}.")
+        raise
+
+
+def _children(parts: Iterable[Any], factors: Mapping[str, Any]) -> list[Study]:
+    children = [child for part in parts for child in _studies_of(part)]
+    children += [values(key, items) for key, items in factors.items()]
+    if not children:
+        raise ValueError("a study varies something: give at least one part")
+    return children
+
+
+def _studies_of(part: Any) -> list[Study]:
+    if isinstance(part, Study):
+        return [part]
+    if isinstance(part, design.ParameterSpace):
+        return [Study.of(part)]
+    if isinstance(part, Mapping):
+        return [values(key, items) for key, items in part.items()]
+    return [zipped(_columns_of(part))]
+
+
+def _columns_of(table: Any) -> dict[Any, list[Any]]:
+    """The columns of a data frame or of a sequence of mappings with the same keys."""
+    if hasattr(table, "columns") and hasattr(table, "__getitem__"):
+        return {name: list(table[name]) for name in table.columns}
+    rows = list(table) if isinstance(table, Iterable) and not isinstance(table, str) else []
+    if not rows or not all(isinstance(row, Mapping) for row in rows):
+        raise TypeError(f"this is no study, mapping or list of runs: {table!r}")
+    for k, row in enumerate(rows):
+        if row.keys() != rows[0].keys():
+            raise ValueError(f"row {k} has the keys {[*row]}, the first has {[*rows[0]]}")
+    return {key: [row[key] for row in rows] for key in rows[0]}
+
+
+def _pairs(parts: Iterable[Mapping[Any, Any]], more: Mapping[str, Any]) -> list[tuple[Any, Any]]:
+    pairs = [pair for part in (*parts, more) for pair in part.items()]
+    if not pairs:
+        raise ValueError("draws need at least one distribution")
+    return pairs
+
+
+def _listed(key: Any, items: Any) -> list[Any]:
+    if isinstance(items, str | bytes | Mapping) or not isinstance(items, Iterable):
+        raise TypeError(f"the values of {key!r} are a list, not {items!r}")
+    return list(items)
+
+
+def _checked(key: Any) -> Any:
+    if not isinstance(key, str | Target | design.ParameterType):
+        raise TypeError(f"what varies is a name or a target, not {key!r}")
+    return key
+
+
+def _once(keys: Iterable[Any]) -> list[Any]:
+    seen: dict[Any, None] = {}
+    for key in keys:
+        if key in seen:
+            raise ValueError(f"{key!r} is varied twice")
+        seen[key] = None
+    return list(seen)
+
+
+def _made(key: Any, model: Any) -> Any:
+    if isinstance(key, str):
+        return design.Variable(model, Name=key)
+    return key.make(model) if isinstance(key, Target) else key
+
+
+def _model_of(key: Any) -> Any:
+    return key.model() if isinstance(key, design.ParameterType) else None
+
+
+def _first_model(pairs: Iterable[tuple[Any, Any]]) -> Any:
+    return next((model for key, _ in pairs if (model := _model_of(key))), None)

@@ -1,0 +1,116 @@
+"""Studies in few words: what they make, how they read, and each mistake."""
+
+import kxsim
+import numpy as np
+import pytest
+import scipy.stats
+from kxsim import design
+from kxsim.study import Study, draws, grid, target, values, zipped
+
+
+class Frame:
+    """As much of a data frame as a list of runs needs."""
+
+    def __init__(self, **columns):
+        self.columns = list(columns)
+        self._columns = columns
+
+    def __getitem__(self, name):
+        return self._columns[name]
+
+
+block = target(design.BlockParameter, Name="Kp", BlockPath="motor/pid")
+
+STUDIES = {
+    "grid": (grid(a=[1, 2], b=["x", "y"]), [(1, "x"), (2, "x"), (1, "y"), (2, "y")]),
+    "zipped": (zipped(a=[1, 2], b=np.array([3, 4])), [(1, 3), (2, 4)]),
+    "values": (values("a", range(3)), [(0,), (1,), (2,)]),
+    "one zipped": (zipped(a=[1, 2]), [(1,), (2,)]),
+    "keys": (grid({block: [1], "a b": [2]}, c=[3]), [(1, 2, 3)]),
+    "rows": (grid([{"a": 1, "b": 2}, {"a": 3, "b": 4}], c=[5]), [(1, 2, 5), (3, 4, 5)]),
+    "frame": (grid(Frame(a=[1, 3], b=[2, 4])), [(1, 2), (3, 4)]),
+    "nested": (
+        zipped(grid(a=[1, 2], b=[3]), values("c", [True, None])),
+        [(1, 3, True), (2, 3, None)],
+    ),
+}
+
+
+@pytest.mark.parametrize("study, rows", STUDIES.values(), ids=STUDIES)
+def test_the_runs_are_those_asked_for(study, rows):
+    assert len(study) == len(rows)
+    assert [tuple(run.values()) for run in study] == rows
+    assert len(study.runs) == len(study) and study.runs is study.runs
+
+
+def test_a_study_reads_as_a_tree_and_its_runs_as_a_table():
+    norm = kxsim.distribution(scipy.stats.norm(2, scale=3))
+    study = grid(
+        zipped({block: [0.1, 0.2]}, Ki=[1, 2]),
+        draws(3, R=kxsim.dist.Normal(1, 0.5), L=norm),
+        n=range(9),
+    )
+    assert repr(study).splitlines() == [
+        "grid: 54 runs",
+        "├─ zipped: 2 runs",
+        "│  ├─ motor/pid:Kp: 2 runs, 0.1, 0.2",
+        "│  └─ Ki: 2 runs, 1, 2",
+        "├─ draws: 3 runs",
+        "│  ├─ R: <kxsim.dist.Normal object (Mean 1, StandardDeviation 0.5)>",
+        "│  └─ L: norm(2, scale=3)",
+        "└─ n: 9 runs, 0, 1, 2, 3, ...",
+    ]
+    assert grid(a=[1, 2], b=["x"]).table(limit=1) == "run  a  b\n  1  1  x\n... 1 more"
+    assert grid(a=[1, 2], b=["x"]).columns() == {"a": [1, 2], "b": ["x", "x"]}
+
+
+def test_a_study_is_made_of_the_models_own_elements(model):
+    gain = design.Variable(model, Name="gain")
+    study = grid({gain: [1, 2]}, Study.of(design.ValueSetParameter(model, Values=[5])))
+    assert study.model == model and isinstance(study.space, design.Exhaustive)
+    assert study.space.ParameterSpaces[0].ParameterType == gain
+    study.space.ParameterSpaces[0].Values = [7]
+    assert len(study) == 1 and repr(study).splitlines()[1] == "├─ gain: 1 run, 7"
+    other = zipped(a=[1], b=[2]).build(model)
+    assert other.model == model
+    with pytest.raises(ValueError, match="already"):
+        other.build(model)
+
+
+def test_draws_are_reproducible():
+    def drawn(rng):
+        sources = {"a": scipy.stats.norm(), "b": scipy.stats.uniform()}
+        return [tuple(run.values()) for run in draws(5, sources, rng=rng)]
+
+    assert drawn(3) == drawn(3) != drawn(4)
+    assert drawn(np.random.default_rng(3)) == drawn(3)
+
+
+MISTAKES = [
+    (lambda: grid(), ValueError, "at least one"),
+    (lambda: grid(a=3), TypeError, "'a' are a list"),
+    (lambda: grid(a="xyz"), TypeError, "'a' are a list"),
+    (lambda: grid(zipped(a=[1], b=[1]), a=[2]), ValueError, "'a' is varied twice"),
+    (lambda: grid({3: [1]}), TypeError, "a name or a target"),
+    (lambda: grid([1, 2]), TypeError, "no study"),
+    (lambda: grid([{"a": 1}, {"b": 1}]), ValueError, "row 1"),
+    (lambda: len(zipped(a=[1], b=[1, 2])), ValueError, "a: 1 run, 1; b: 2 runs"),
+    (lambda: draws(0, a=1), ValueError, "positive integer"),
+    (lambda: draws(2), ValueError, "at least one distribution"),
+    (lambda: len(draws(2, a=3, rng=1)), TypeError, "no distribution"),
+    (lambda: len(draws(2, a=3)), kxsim.HostError, "RandomMethodNotFound"),
+    (lambda: target(design.Figure), TypeError, "ParameterType"),
+    (lambda: Study.of(3), TypeError, "parameter space"),
+]
+
+
+@pytest.mark.parametrize(("mistake", "error", "word"), MISTAKES)
+def test_each_mistake_has_its_error(mistake, error, word):
+    with pytest.raises(error, match=word):
+        mistake()
+
+
+def test_a_refused_study_leaves_the_model_as_it_was(model):
+    with pytest.raises(kxsim.HostError) as caught:
+        grid(draws(2, a=3), b=[1]).build(model)
+    assert len(model) == 0 and caught.value.__notes__ == ["It was given for 'a'."]
