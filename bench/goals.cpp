@@ -41,6 +41,13 @@ constexpr std::array kGoals{
     Goal{"script-write", kNanoseconds, 60, 30},
     Goal{"script-write", kAllocations, 0, 0},
     Goal{"hand-over", kNanoseconds, 20, 5},
+    Goal{"read-by-name", kNanoseconds, 40, 25},
+    Goal{"read-by-name", kAllocations, 0, 0},
+    Goal{"write-by-name", kNanoseconds, 60, 30},
+    Goal{"write-by-name", kAllocations, 0, 0},
+    Goal{"construct-by-name", kNanoseconds, 1'000, 500},
+    Goal{"hand-over-runs", kNanoseconds, 20, 10},
+    Goal{"register", kMilliseconds, 3, 1},
     Goal{"load", kMilliseconds, 3, 1},
 };
 
@@ -51,8 +58,9 @@ std::span<const Goal> goals() { return kGoals; }
 const std::vector<Row>& allRows() {
   static const std::vector<Row> rows = [] {
     std::vector<Row> all;
-    for (const auto& theme : {creationRows(), studyRows(), propertyRows(), collectionRows(),
-                              transactionRows(), queryRows(), scriptRows(), loadRows()}) {
+    for (const auto& theme :
+         {creationRows(), studyRows(), propertyRows(), collectionRows(), transactionRows(),
+          queryRows(), scriptRows(), bindingRows(), loadRows()}) {
       all.insert(all.end(), theme.begin(), theme.end());
     }
     return all;

@@ -63,6 +63,7 @@ std::span<const Row> collectionRows();
 std::span<const Row> transactionRows();
 std::span<const Row> queryRows();
 std::span<const Row> scriptRows();
+std::span<const Row> bindingRows();
 std::span<const Row> loadRows();
 
 /// All of them, in the table's order.
