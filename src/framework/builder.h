@@ -39,6 +39,8 @@ class MF0_API BuilderValues {
 
   // The same by static description; the typed operations forward here.
 
+  /// Makes room for that many values.
+  void reserve(std::size_t count) { items_.reserve(count); }
   void set(const PropertyInfo& property, Value value);
   void set(const PropertyInfo& property, const vxArray* value) {
     set(property, Value::ofArray(value));

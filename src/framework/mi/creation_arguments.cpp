@@ -6,7 +6,7 @@
 
 #include "framework/collection.h"
 #include "framework/messages.h"
-#include "framework/mi/host_objects.h"
+#include "framework/mi/element_property.h"
 #include "framework/mi/meta_marshaler_registry.h"
 #include "framework/model_impl.h"
 #include "framework/raw.h"
@@ -97,7 +97,7 @@ void setContents(BuilderValues& values, const PropertyInfo& property, const vxAr
 
 void setField(BuilderValues& values, std::string_view name, const vxArray* value) {
   const ClassInfo& info = values.classInfo();
-  const PropertyInfo* const property = info.findByName(toUtf16(name));
+  const PropertyInfo* const property = propertyNamed(info, name);
   if (!property) reportException(mf0::messages::NoSuchProperty(info.qualifiedName, name));
   if (property->has(kReadOnly)) {
     reportException(mf0::messages::CannotSetReadOnlyProperty(
@@ -113,8 +113,10 @@ void setField(BuilderValues& values, std::string_view name, const vxArray* value
 std::unique_ptr<Builder> createBuilderFromStruct(const vxArray* records, std::size_t index,
                                                  const Model& model, const ClassInfo& info) {
   auto builder = std::make_unique<Builder>(info, model);
+  BuilderValues& values = builder->values();
+  values.reserve(vexal::fieldNames(records).size());
   for (const std::string& name : vexal::fieldNames(records)) {
-    setField(builder->values(), name, vexal::field(records, name, index));
+    setField(values, name, vexal::field(records, name, index));
   }
   return builder;
 }

@@ -124,6 +124,15 @@ std::string_view dataTypeOf(const PropertyInfo& property) {
   return PrimitiveProperty::dataTypeOf(property);
 }
 
+const PropertyInfo* propertyNamed(const ClassInfo& info, std::string_view name) {
+  for (const ClassInfo* each = &info; each; each = each->super) {
+    for (const PropertyInfo& property : each->properties) {
+      if (std::ranges::equal(property.name, name)) return &property;  // names are ASCII
+    }
+  }
+  return nullptr;
+}
+
 void completeProperties(const ClassInfo& info, vcos::ClassDefinition& definition) {
   for (const PropertyInfo& property : info.properties) {
     auto row = std::ranges::find(definition.properties, &property, &PropertyRow::context);

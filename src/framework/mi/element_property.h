@@ -14,6 +14,9 @@ namespace mf::zero::mi {
 /// scalar", "mf.zero.Set", ... Valid for ever.
 MF0_API std::string_view dataTypeOf(const PropertyInfo& property);
 
+/// As ClassInfo::findByName, for names as scripts have them.
+MF0_API const PropertyInfo* propertyNamed(const ClassInfo& info, std::string_view name);
+
 /// A row of which only the name and the documentation are known yet; `completeProperties` does the
 /// rest when the class is first used.
 constexpr vcos::factory::PropertyRow elementProperty(std::string_view name,

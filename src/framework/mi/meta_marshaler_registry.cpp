@@ -53,6 +53,10 @@ Value valueOf(const PropertyInfo& property, const vxArray* array) {
   if (property.kind == ValueKind::kElement) {
     return vexal::isEmpty(array) ? Value() : Value(elementOf(array));
   }
+  const bool isNumber = property.kind == ValueKind::kReal &&
+                        vexal::isClass(array, vexal::ClassId::Double) &&
+                        vexal::elementCount(array) == 1;
+  if (isNumber) return Value(vexal::doubleData(array)[0]);  // the most frequent, spared the look-up
   const ValueMarshaler& marshaler = marshalerOf(property);
   if (marshaler.isCorrectType(array)) return marshaler.fromVxArray(array);
   return marshaler.fromVxArray(vcos::COSTypeRepository::convert(array, marshaler.dataType()).get());

@@ -4,6 +4,7 @@
 #include "framework/messages.h"
 #include "framework/meta/registry.h"
 #include "framework/mi/creation_arguments.h"
+#include "framework/mi/element_property.h"
 #include "framework/mi/host_classes.h"
 #include "framework/mi/host_objects.h"
 #include "framework/mi/meta_marshaler_registry.h"
@@ -46,7 +47,7 @@ ArrayPtr findElement(const MethodCall& call) {
 // One condition: equal to the value or, for a collection, holding all of the values.
 void addCondition(query::Query& query, const ClassInfo& info, const std::string& name,
                   const vxArray* value) {
-  const PropertyInfo* const property = info.findByName(toUtf16(name));
+  const PropertyInfo* const property = propertyNamed(info, name);
   if (!property) reportException(mf0::messages::NoSuchProperty(info.qualifiedName, name));
   if (!property->has(kMany)) {
     return query.where(*property, query::Comparison::kEqual, valueOf(*property, value));
