@@ -16,7 +16,6 @@ Everything of the host belongs to the thread that imported kxsim first.
 
 from __future__ import annotations
 
-import atexit
 import os
 import sys
 
@@ -31,7 +30,6 @@ __version__ = "0.1.0"
 
 def _start() -> None:
     _host.connect(HostError, _classes.class_for, adapt, find_method)
-    atexit.register(_host.disconnect)
     _host.start()
     _host.load_module(os.path.join(os.path.dirname(_host.__file__), _host.PACKAGE_LIBRARY))
     _packages.install()

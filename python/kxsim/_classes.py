@@ -26,14 +26,13 @@ class HostObject(_host.Object):
 
     def __init__(self, *arguments: Any, **values: Any) -> None:
         cls = type(self)
-        unknown = next((name for name in values if name not in cls.__host_properties__), None)
-        if unknown is not None:
-            raise TypeError(_unknown_keyword(cls, unknown))
-        super().__init__(cls.__host_make__(_with_values(arguments, values)))
+        if values:
+            _check_keywords(cls, values)
+            arguments = _with_values(arguments, values)
+        _host.Object.__init__(self, cls.__host_name__, arguments)
 
-    @classmethod
-    def __host_make__(cls, arguments: tuple) -> _host.Array:
-        return _host.construct(cls.__host_name__, arguments)
+    def __reduce__(self) -> Any:
+        raise TypeError(f"{type(self).__host_name__} can be neither copied nor pickled")
 
     def __repr__(self) -> str:
         name = type(self).__host_name__
@@ -68,9 +67,8 @@ class NamedObject(HostObject):
 
     __slots__ = ()
 
-    @classmethod
-    def __host_make__(cls, arguments: tuple) -> _host.Array:
-        return _host.call_raw(cls.__host_name__, arguments)
+    def __init__(self, *arguments: Any) -> None:
+        _host.Object.__init__(self, _host.call_raw(type(self).__host_name__, arguments))
 
     def __repr__(self) -> str:
         return f"<{self.describe().removeprefix('1-by-1 ')}>"
@@ -86,10 +84,12 @@ class NamedObject(HostObject):
         return lambda *arguments: _host.invoke(self, name, arguments)
 
 
-def _unknown_keyword(cls: type, name: str) -> str:
-    near = difflib.get_close_matches(name, cls.__host_properties__, n=1)
-    hint = f"; did you mean {near[0]!r}?" if near else ""
-    return f"{cls.__name__} has no property {name!r}{hint}"
+def _check_keywords(cls: type, values: dict[str, Any]) -> None:
+    for name in values:
+        if name not in cls.__host_properties__:
+            near = difflib.get_close_matches(name, cls.__host_properties__, n=1)
+            hint = f"; did you mean {near[0]!r}?" if near else ""
+            raise TypeError(f"{cls.__name__} has no property {name!r}{hint}")
 
 
 def _with_values(arguments: tuple, values: dict[str, Any]) -> tuple:

@@ -2,10 +2,11 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator, Sequence
+from collections import Counter
+from collections.abc import Iterable, Iterator, Sequence
 from typing import Any
 
-from kxsim import design
+from kxsim import _host, design
 
 _WORDS = {"Exhaustive": "grid", "Sequential": "zipped", "RandomParameterSpace": "draws"}
 
@@ -19,14 +20,25 @@ def name_of(target: Any) -> str:
     return f"{path}:{name}" if path else name
 
 
-def values_of(run: Any) -> dict[str, Any]:
-    """The values of one run by name; equal names are numbered."""
+def _numbered(pairs: Iterable[tuple[Any, Any]]) -> dict[str, Any]:
+    """By the targets' names; equal names are numbered."""
     named: dict[str, Any] = {}
-    for sample in run.ParameterSamples:
-        name = name_of(sample.ParameterType)
-        count = sum(known.partition(" #")[0] == name for known in named)
-        named[f"{name} #{count + 1}" if count else name] = sample.Value
+    counts: Counter[str] = Counter()
+    for target, value in pairs:
+        name = name_of(target)
+        counts[name] += 1
+        named[f"{name} #{counts[name]}" if counts[name] > 1 else name] = value
     return named
+
+
+def values_of(run: Any) -> dict[str, Any]:
+    """The values of one run."""
+    return _numbered((sample.ParameterType, sample.Value) for sample in run.ParameterSamples)
+
+
+def columns(runs: Any) -> dict[str, list[Any]]:
+    """The values of all runs, one list for each target."""
+    return _numbered(_host.gather(runs, "ParameterSamples", "ParameterType", "Value"))
 
 
 def targets(space: Any) -> Iterator[Any]:

@@ -14,7 +14,7 @@ kxsim's own, which `seed` starts anew together with the host's; no global state 
 from __future__ import annotations
 
 from collections.abc import Callable
-from functools import cache
+from functools import lru_cache
 from typing import Any
 
 from kxsim import _host
@@ -46,7 +46,7 @@ def _default() -> Any:
     return _own_generator
 
 
-@cache
+@lru_cache(maxsize=64)
 def _keyword_of(function: Callable, wanted: tuple[str, ...]) -> str | None:
     import inspect
 

@@ -95,12 +95,8 @@ class Study:
         return map(_describe.values_of, self.runs)
 
     def columns(self) -> dict[str, list[Any]]:
-        """The values by name, one per run each."""
-        columns: dict[str, list[Any]] = {}
-        for run in self:
-            for name, value in run.items():
-                columns.setdefault(name, []).append(value)
-        return columns
+        """The values by name, one per run each; None in runs without."""
+        return _describe.columns(self.runs)
 
     def to_pandas(self) -> Any:
         """The runs as a data frame, numbered from 1; needs pandas."""

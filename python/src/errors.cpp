@@ -17,7 +17,7 @@ struct Travelling {
   std::string key;
 };
 
-// Both last as long as the interpreter; forgetErrors() empties them.
+// Both are kept for ever: code that runs at the interpreter's end may need them.
 nb::object& errorClass() {
   static auto& held = *new nb::object();
   return held;
@@ -87,11 +87,6 @@ void throwIntoHost(nb::python_error& raised) {
   diagnostic.add({carried.catalog, carried.key}, std::string(text.c_str()));
   travelling() = std::move(carried);
   throw vexal::HostError(std::move(diagnostic));
-}
-
-void forgetErrors() noexcept {
-  errorClass().reset();
-  travelling() = {};
 }
 
 }  // namespace kxsim::python

@@ -37,7 +37,4 @@ T take(vexal::script::Result<T> result) {
   return std::move(*result);
 }
 
-/// Lets go of what the above keep; for the end of the interpreter.
-void forgetErrors() noexcept;
-
 }  // namespace kxsim::python

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "errors.h"
+#include "gather.h"
 #include "host/module.h"
 #include "host/random.h"
 #include "host/runtime.h"
@@ -77,12 +78,6 @@ void connect(nb::object errorClass, nb::object classFor, nb::object adapt, nb::o
   hooks() = {std::move(classFor), std::move(adapt), std::move(findMethod)};
 }
 
-// What the end of the interpreter finds still alive is released without asking Python.
-void disconnect() {
-  forgetClasses();
-  forgetErrors();
-}
-
 nb::dict counts() {
   const vexal::ArrayCounts now = vexal::arrayCounts();
   nb::dict told;
@@ -96,7 +91,6 @@ nb::dict counts() {
 void defineHost(nb::module_& m) {
   m.attr("PACKAGE_LIBRARY") = KXSIM_PACKAGE_LIBRARY;
   m.def("connect", &connect, "Tells what is decided in Python (values.h, errors.h).");
-  m.def("disconnect", &disconnect, "Forgets it; for the end of the interpreter.");
   m.def("start", &vexal::start, "Makes the calling thread the host's.");
   m.def("load_module", &vexal::loadModule, "Loads a shared library that brings packages.");
   m.def("version", &vexal::version);
@@ -117,10 +111,6 @@ void defineNames(nb::module_& m) {
 }
 
 void defineCalls(nb::module_& m) {
-  m.def("construct", [](std::string_view name, nb::tuple arguments) {
-    const Inputs inputs(arguments);
-    return Array(take(script::construct(name, inputs.arrays())));
-  });
   m.def("call_raw", [](std::string_view name, nb::tuple arguments) {
     const Inputs inputs(arguments);
     return Array(take(script::call(name, inputs.arrays())));
@@ -147,6 +137,8 @@ void defineCalls(nb::module_& m) {
     for (nb::handle extent : shape) dims.push_back(nb::cast<std::size_t>(extent));
     return Array(makeCell(dims, items));
   });
+  m.def("gather", &gather,
+        "What the items of a collection of each object hold, as columns (gather.h).");
   m.def(
       "round_trip", [](nb::handle value) { return toPython(toHost(value)); }, nb::arg().none(),
       "The value as the host gives it back.");
@@ -172,7 +164,7 @@ void translateHostErrors() {
 
 NB_MODULE(_host, m) {
   using namespace kxsim::python;
-  // Objects may live until the process ends, in the host or in a module's globals.
+  // Classes and hooks are kept for ever, and the host may hold objects until the process ends.
   nanobind::set_leak_warnings(false);
   m.doc() = "The embedded host, by name.";
   translateHostErrors();

@@ -34,6 +34,11 @@ std::size_t hash(const Object& self) {
   return static_cast<std::size_t>(identity >> 4);  // addresses end in zeros
 }
 
+void construct(Object* self, std::string_view className, nb::tuple arguments) {
+  const Inputs inputs(arguments);
+  new (self) Object(take(script::construct(className, inputs.arrays())));
+}
+
 // A property as a callable: cheaper than a lookup by name on each access, for `property` calls it.
 nb::object makeGetter(std::string name, bool isOptional) {
   const Reading reading = isOptional ? Reading::Optional : Reading::Plain;
@@ -96,6 +101,7 @@ void defineObjects(nb::module_& m) {
 
   nb::class_<Object, Array>(m, "Object", "A host object.", nb::is_weak_referenceable())
       .def(nb::init<const Array&>())
+      .def("__init__", &construct)
       .def("__eq__", &equals, nb::arg().none())
       .def("__hash__", &hash)
       .def_prop_ro(

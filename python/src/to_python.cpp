@@ -27,7 +27,8 @@ struct PythonClass {
   std::vector<std::pair<ArrayPtr, nb::object>> members;
 };
 
-// By the name's address, which is the same for ever.
+// By the name's address, which is the same for ever. Never given up: code that runs at the
+// interpreter's end may need them.
 using Classes = std::map<const char*, PythonClass>;
 Classes& classes() {
   static auto& table = *new Classes();
@@ -214,11 +215,6 @@ nb::object toPython(ArrayPtr array, Reading reading) {
 Hooks& hooks() {
   static auto& held = *new Hooks();
   return held;
-}
-
-void forgetClasses() noexcept {
-  classes().clear();
-  hooks() = {};
 }
 
 }  // namespace kxsim::python

@@ -86,9 +86,6 @@ Hooks& hooks();
 /// An N-dimensional cell array of the items, column-major.
 vexal::ArrayPtr makeCell(std::span<const std::size_t> dims, nb::handle items);
 
-/// Lets go of hooks and classes; for the end of the interpreter.
-void forgetClasses() noexcept;
-
 namespace detail {
 
 /// The value that a 1-by-1 object array stands for.

@@ -1,6 +1,8 @@
 """Host packages as modules, their classes, elements and collections as Python knows such things."""
 
+import copy
 import importlib
+import pickle
 import subprocess
 import sys
 
@@ -88,6 +90,9 @@ def test_elements_are_compared_and_hashed_by_what_they_stand_for(model):
     assert model.findElement(first.identity()) == first
     assert model.findElement("00000000-0000-0000-0000-000000000001") is None
     assert first.owner() is None
+    assert pickle.loads(pickle.dumps(design.FigureType.SurfPlot)) is design.FigureType.SurfPlot
+    with pytest.raises(TypeError, match="neither copied nor pickled"):
+        copy.copy(first)
     assert repr(first) == "<kxsim.design.Variable Name='gain' Workspace=''>"
     assert "<th>Name</th><td>&#x27;gain&#x27;</td>" in first._repr_html_()
 

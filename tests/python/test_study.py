@@ -4,7 +4,7 @@ import kxsim
 import numpy as np
 import pytest
 import scipy.stats
-from kxsim import design
+from kxsim import _describe, design
 from kxsim.study import Study, draws, grid, target, values, zipped
 
 
@@ -62,6 +62,28 @@ def test_a_study_reads_as_a_tree_and_its_runs_as_a_table():
     ]
     assert grid(a=[1, 2], b=["x"]).table(limit=1) == "run  a  b\n  1  1  x\n... 1 more"
     assert grid(a=[1, 2], b=["x"]).columns() == {"a": [1, 2], "b": ["x", "x"]}
+
+
+def test_columns_keep_targets_apart_and_runs_in_place(model):
+    targets = [design.Variable(model, Name="a") for _ in range(2)]
+    first = grid({targets[0]: [1, 2]}, {targets[1]: [3]}).build(model)
+    assert first.columns() == {"a": [1, 2], "a #2": [3, 3]}
+    assert [*first] == [{"a": 1, "a #2": 3}, {"a": 2, "a #2": 3}]
+
+
+def test_columns_keep_runs_in_place_where_these_differ(model):
+    named = design.Variable(model, Name="a")
+    for items in ([(1, named), (2, None), (3, named)], [(4, None)], [(5, named)]):
+        run = design.Iteration(model)
+        for value, of in items:
+            run.ParameterSamples.append(
+                design.ParameterSample(model, Value=value, ParameterType=of)
+            )
+    assert _describe.columns(model.elements(design.Iteration)) == {
+        "a": [1, None, 5],
+        "(no target)": [2, 4, None],
+        "a #2": [3, None, None],
+    }
 
 
 def test_a_study_is_made_of_the_models_own_elements(model):
