@@ -44,7 +44,7 @@ install_python_package() {
 }
 
 check_directions() {
-  .venv/bin/python tools/check_includes.py src build/dev/gen
+  .venv/bin/python tools/check_includes.py src build/dev/gen python
 }
 
 step "Set-up" scripts/setup.sh test

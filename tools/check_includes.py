@@ -1,6 +1,6 @@
-"""Keeps the floors of src/ in order: an include may only point sideways or down.
+"""Keeps the floors in order: an include may only point sideways or down.
 
-Usage: check_includes.py ROOT...    (src, and a generated root with the same folder names)
+Usage: check_includes.py ROOT...    (src, a generated root with the same folder names, python)
 """
 
 import re
@@ -29,6 +29,7 @@ RULES = {
     "simmanager": Rule(MODEL_PACKAGE, CLASS_OBJECTS),
     "package": Rule(MODEL_PACKAGE),
     "binding": Rule((*MODEL_PACKAGE, "binding/")),
+    "extension": Rule(("extension/", "host/")),
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)

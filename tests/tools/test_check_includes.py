@@ -25,6 +25,7 @@ def write(root, path, *includes):
         ("simmanager/mm/job.cpp", "framework/mi/wrapper.h"),
         ("package/module.cpp", "binding/wrappers.h"),
         ("binding/wrappers.cpp", "host/detail/pool.h"),
+        ("extension/objects.cpp", "framework/model.h"),
         ("design/iteration.cpp", "iteration.h"),
     ],
 )

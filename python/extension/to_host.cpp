@@ -3,12 +3,12 @@
 #include <cstring>
 #include <string>
 
-#include "errors.h"
-#include "foreign.h"
+#include "extension/errors.h"
+#include "extension/foreign.h"
+#include "extension/values.h"
 #include "host/cell.h"
 #include "host/record.h"
 #include "host/text.h"
-#include "values.h"
 
 namespace kxsim::python {
 namespace {

@@ -1,4 +1,4 @@
-#include "errors.h"
+#include "extension/errors.h"
 
 #include <nanobind/stl/string.h>
 

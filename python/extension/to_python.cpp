@@ -4,13 +4,13 @@
 #include <map>
 #include <string>
 
-#include "errors.h"
-#include "foreign.h"
+#include "extension/errors.h"
+#include "extension/foreign.h"
+#include "extension/values.h"
 #include "host/cell.h"
 #include "host/record.h"
 #include "host/text.h"
 #include "host/vcos/script.h"
-#include "values.h"
 
 namespace kxsim::python {
 namespace {

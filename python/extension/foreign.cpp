@@ -1,13 +1,13 @@
-#include "foreign.h"
+#include "extension/foreign.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "errors.h"
+#include "extension/errors.h"
+#include "extension/values.h"
 #include "host/object.h"
 #include "host/vcos/script.h"
-#include "values.h"
 
 namespace kxsim::python {
 namespace {

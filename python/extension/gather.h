@@ -5,7 +5,7 @@
 
 #include <string_view>
 
-#include "values.h"
+#include "extension/values.h"
 
 namespace kxsim::python {
 

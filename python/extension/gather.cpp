@@ -1,8 +1,8 @@
-#include "gather.h"
+#include "extension/gather.h"
 
 #include <vector>
 
-#include "errors.h"
+#include "extension/errors.h"
 #include "host/vcos/script.h"
 
 namespace kxsim::python {

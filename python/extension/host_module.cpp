@@ -6,14 +6,14 @@
 
 #include <string>
 
-#include "errors.h"
-#include "gather.h"
+#include "extension/errors.h"
+#include "extension/gather.h"
+#include "extension/objects.h"
+#include "extension/values.h"
 #include "host/module.h"
 #include "host/random.h"
 #include "host/runtime.h"
 #include "host/vcos/script.h"
-#include "objects.h"
-#include "values.h"
 
 namespace kxsim::python {
 namespace {

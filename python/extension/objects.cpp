@@ -1,14 +1,14 @@
-#include "objects.h"
+#include "extension/objects.h"
 
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/string_view.h>
 
 #include <string>
 
-#include "errors.h"
+#include "extension/errors.h"
+#include "extension/values.h"
 #include "host/text.h"
 #include "host/vcos/script.h"
-#include "values.h"
 
 namespace kxsim::python {
 namespace {
