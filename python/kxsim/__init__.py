@@ -24,7 +24,7 @@ from kxsim._adapters import adapt, find_method
 from kxsim._distributions import distribution, seed
 from kxsim._errors import HostError
 
-__all__ = ["HostError", "Model", "distribution", "seed"]
+__all__ = ["HostError", "Model", "distribution", "run", "seed"]
 __version__ = "0.1.0"
 
 
@@ -41,8 +41,12 @@ _start()
 def __getattr__(name: str):
     if name == "Model":
         return _classes.class_for("mf.zero.Model")
+    if name == "run":
+        from kxsim._run import run
+
+        return run
     return _packages.member(sys.modules[__name__], name)
 
 
 def __dir__() -> list[str]:
-    return sorted({*globals(), "Model", *_packages.members(__name__)})
+    return sorted({*globals(), "Model", "run", *_packages.members(__name__)})

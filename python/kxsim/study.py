@@ -110,6 +110,10 @@ class Study:
         """The first runs in words, one line each."""
         return _describe.table(self.runs, limit)
 
+    def run(self, function: Callable[[dict[str, Any]], Any], **options: Any) -> Any:
+        """Carries out the runs: `kxsim.run`."""
+        return kxsim.run(self, function, **options)
+
     def __repr__(self) -> str:
         return _describe.tree(self.space)
 

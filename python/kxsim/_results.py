@@ -1,0 +1,108 @@
+"""What came of the runs of a study, as columns."""
+
+from __future__ import annotations
+
+import csv
+import json
+import os
+from collections import Counter
+from collections.abc import Mapping
+from typing import Any
+
+
+class Results:
+    """Inputs, states, outputs and errors of all runs, also of those that never began.
+
+    `states` has "finished", "failed" or "not run" for each run, `outputs` a dict or None, `errors`
+    the text of what a failing run raised, by the run's place from 0. `job` is the record in the
+    model.
+    """
+
+    def __init__(self, job: Any, inputs: Mapping[str, list[Any]], count: int) -> None:
+        self.job = job
+        self.inputs = dict(inputs)
+        self.states = ["not run"] * count
+        self.outputs: list[dict[str, Any] | None] = [None] * count
+        self.errors: dict[int, str] = {}
+        self.interrupted = False
+
+    def record(self, k: int, state: str, outputs: dict[str, Any] | None, error: str) -> None:
+        self.states[k] = state
+        self.outputs[k] = outputs
+        if error:
+            self.errors[k] = error
+
+    def __len__(self) -> int:
+        return len(self.states)
+
+    def __repr__(self) -> str:
+        counts = Counter(self.states)
+        words = [f"{counts[state]:,} {state}" for state in ("finished", "failed", "not run")]
+        end = ", interrupted" if self.interrupted else ""
+        return f"<results of {len(self):,} runs: {', '.join(words)}{end}>"
+
+    def columns(self) -> dict[str, Any]:
+        """By name: "run" from 1, the inputs, "state", the outputs, and "error" if there was one.
+
+        Columns of numbers are NumPy arrays, with NaN in runs without; all others lists, with None.
+        An output named as another column is followed by " (output)".
+        """
+        columns: dict[str, Any] = {"run": list(range(1, len(self) + 1)), **self.inputs}
+        columns["state"] = list(self.states)
+        for name in dict.fromkeys(name for each in self.outputs if each for name in each):
+            column = [each.get(name) if each else None for each in self.outputs]
+            columns[f"{name} (output)" if name in columns else name] = column
+        if self.errors:
+            columns["error"] = [self.errors.get(k) for k in range(len(self))]
+        return {name: _as_numbers(column) for name, column in columns.items()}
+
+    def to_pandas(self) -> Any:
+        """A data frame; needs pandas."""
+        import pandas
+
+        columns = {name: pandas.Series(list(each)) for name, each in self.columns().items()}
+        return pandas.DataFrame(columns).set_index("run")
+
+    def to_arrow(self) -> Any:
+        """A table; needs pyarrow. What Arrow has no type for becomes text, as in CSV."""
+        import pyarrow
+
+        columns = self.columns()
+        for name, column in columns.items():
+            try:
+                columns[name] = pyarrow.array(column)
+            except (pyarrow.ArrowInvalid, pyarrow.ArrowTypeError, pyarrow.ArrowNotImplementedError):
+                columns[name] = pyarrow.array([_word(value) for value in column])
+        return pyarrow.table(columns)
+
+    def to_parquet(self, path: str | os.PathLike[str]) -> None:
+        """Needs pyarrow."""
+        from pyarrow import parquet
+
+        parquet.write_table(self.to_arrow(), path)
+
+    def to_csv(self, path: str | os.PathLike[str]) -> None:
+        """Numbers in full precision; arrays, lists and dicts as JSON."""
+        columns = self.columns()
+        with open(path, "w", newline="", encoding="utf-8") as file:
+            writer = csv.writer(file)
+            writer.writerow(columns)
+            writer.writerows(
+                [_word(value) for value in row] for row in zip(*columns.values(), strict=True)
+            )
+
+
+def _as_numbers(column: list[Any]) -> Any:
+    import numpy
+
+    kinds = {type(value) for value in column} - {type(None)}
+    if not kinds or not all(issubclass(kind, int | float | numpy.number) for kind in kinds):
+        return column
+    if kinds == {bool} or any(issubclass(kind, bool) for kind in kinds):
+        return column
+    return numpy.array([numpy.nan if value is None else value for value in column])
+
+
+def _word(value: Any) -> Any:
+    value = value.tolist() if hasattr(value, "tolist") else value
+    return json.dumps(value, default=str) if isinstance(value, list | tuple | dict) else value

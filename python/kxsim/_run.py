@@ -1,0 +1,257 @@
+"""Carrying out the runs of a study: any callable, any executor, in chunks.
+
+Workers get a run's values as a dict and give back plain Python values; elements stay in this
+process. Chunks are handed over a few at a time, so that a study of any length starts at once and
+ends soon when it is told to.
+"""
+
+from __future__ import annotations
+
+import os
+import pickle
+import signal
+import socket
+import time
+import traceback
+from collections.abc import Callable, Iterable, Iterator, Mapping
+from concurrent.futures import (
+    FIRST_COMPLETED,
+    BrokenExecutor,
+    Executor,
+    Future,
+    ProcessPoolExecutor,
+    ThreadPoolExecutor,
+    wait,
+)
+from contextlib import contextmanager
+from itertools import islice
+from typing import Any, NamedTuple
+
+from kxsim._results import Results
+
+Chunk = list[tuple[int, dict[str, Any]]]
+
+
+class Outcome(NamedTuple):
+    """Of one run, as a worker tells it; the error is text, for not every exception can travel."""
+
+    k: int
+    outputs: dict[str, Any] | None
+    error: str
+    seconds: float = 0.0
+    machine: str = ""
+
+
+def run(
+    study: Any,
+    function: Callable[[dict[str, Any]], Any],
+    *,
+    executor: str | Executor = "processes",
+    workers: int | None = None,
+    chunk: int | None = None,
+    progress: bool | None = None,
+    stop_on_error: bool | float = False,
+    job: Any = None,
+) -> Results:
+    """Calls the function with the values of each run, and returns what came of it.
+
+    The function gets a dict and returns a number, an array or a mapping of names to such. With
+    `executor` "processes" it must be importable (defined in a module, no lambda); "threads",
+    "serial" and any `concurrent.futures.Executor` are there besides. `chunk` runs are handed over
+    at a time, two chunks for each worker. `progress` shows a bar: by default on a terminal.
+
+    A run that raises is recorded with its error and the others go on; with `stop_on_error` no
+    further one is begun after the first (True) or once more than that share of all runs failed.
+    Ctrl-C ends the runs, and what has come so far is returned, with `interrupted` set.
+
+    Each run is recorded in the job as it ends: in `job`, or in a new one of the study's model.
+    """
+    from kinetra.simmanager import mm
+
+    inputs = study.columns()
+    total = len(study)
+    if executor == "serial":
+        workers = 1
+    workers = workers or getattr(executor, "_max_workers", None) or os.cpu_count() or 1
+    if workers < 1 or (chunk is not None and chunk < 1):
+        raise ValueError("workers and chunk are positive integers")
+    chunk = chunk or max(1, min(64, total // (workers * 16)))
+    _check_function(function, executor)
+    job = job or mm.Job(study.model)
+    job.StartTime, job.NumWorkers = time.time(), workers
+    results = Results(job, inputs, total)
+    try:
+        with _executor(executor, workers) as pool, _bar(total, progress) as bar:
+            chunks = _chunks(inputs, total, chunk)
+            window = 1 if executor == "serial" else 2 * workers
+            for outcomes in _carry_out(pool, function, chunks, window, results, stop_on_error):
+                _record(job, results, outcomes)
+                bar.update(len(outcomes))
+    except KeyboardInterrupt:
+        results.interrupted = True
+    job.FinishTime = time.time()
+    return results
+
+
+# In workers --------------------------------------------------------------------------------------
+
+
+def _named(result: Any) -> dict[str, Any]:
+    if result is None:
+        return {}
+    if not isinstance(result, Mapping):
+        return {"output": result}
+    unnamed = next((key for key in result if not isinstance(key, str)), None)
+    if unnamed is not None:
+        raise TypeError(f"outputs are named by str, not by {unnamed!r}")
+    return dict(result)
+
+
+def _work(function: Callable, chunk: Chunk) -> list[Outcome]:
+    machine = socket.gethostname()
+    outcomes = []
+    for k, values in chunk:
+        began = time.perf_counter()
+        outputs, error = None, ""
+        try:
+            outputs = _named(function(values))
+        except Exception:
+            error = traceback.format_exc()
+        outcomes.append(Outcome(k, outputs, error, time.perf_counter() - began, machine))
+    return outcomes
+
+
+def _leave_interrupts_to_the_parent() -> None:
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
+
+
+# Executors ---------------------------------------------------------------------------------------
+
+
+class _Serial(Executor):
+    def submit(self, function: Callable, /, *arguments: Any, **keywords: Any) -> Future:
+        future: Future = Future()
+        future.set_result(function(*arguments, **keywords))
+        return future
+
+
+def _check_function(function: Callable, executor: str | Executor) -> None:
+    if not callable(function):
+        raise TypeError(f"a run is carried out by a callable, not by {function!r}")
+    if executor != "processes":
+        return
+    try:
+        pickle.dumps(function)
+    except Exception as error:
+        raise TypeError(
+            f"{function!r} cannot be sent to other processes: define it in a module, or pass "
+            "executor='threads'"
+        ) from error
+
+
+def _pool(kind: str | Executor, workers: int) -> Executor:
+    if kind == "processes":
+        return ProcessPoolExecutor(workers, initializer=_leave_interrupts_to_the_parent)
+    if kind == "threads":
+        return ThreadPoolExecutor(workers)
+    if kind == "serial":
+        return _Serial()
+    raise ValueError(f"no such executor: {kind!r}; processes, threads, serial or an Executor")
+
+
+@contextmanager
+def _executor(kind: str | Executor, workers: int) -> Iterator[Executor]:
+    """The caller's, left open, or one of our own, ended with what it is doing when interrupted."""
+    if isinstance(kind, Executor):
+        yield kind
+        return
+    pool = _pool(kind, workers)
+    try:
+        yield pool
+    except BaseException:
+        for process in list((getattr(pool, "_processes", None) or {}).values()):
+            process.terminate()
+        pool.shutdown(wait=False, cancel_futures=True)
+        raise
+    pool.shutdown()
+
+
+@contextmanager
+def _bar(total: int, progress: bool | None) -> Iterator[Any]:
+    from tqdm import tqdm
+
+    disable = None if progress is None else not progress
+    with tqdm(total=total, unit="run", disable=disable) as bar:
+        yield bar
+
+
+# Here --------------------------------------------------------------------------------------------
+
+
+def _chunks(inputs: Mapping[str, list[Any]], total: int, size: int) -> Iterator[Chunk]:
+    rows = zip(*inputs.values(), strict=True) if inputs else iter([()] * total)
+    numbered = enumerate(dict(zip(inputs, row, strict=True)) for row in rows)
+    while chunk := list(islice(numbered, size)):
+        yield chunk
+
+
+def _outcomes_of(future: Future, chunk: Chunk) -> list[Outcome]:
+    """What a chunk gave; when it could not come back, the same error for each of its runs."""
+    try:
+        return future.result()
+    except Exception as error:
+        text = "".join(traceback.format_exception_only(error))
+        return [Outcome(k, None, text) for k, _ in chunk]
+
+
+def _is_enough(results: Results, stop_on_error: bool | float) -> bool:
+    failed = len(results.errors)
+    if isinstance(stop_on_error, bool):
+        return stop_on_error and failed > 0
+    return failed > stop_on_error * len(results)
+
+
+def _carry_out(
+    pool: Executor,
+    function: Callable,
+    chunks: Iterator[Chunk],
+    window: int,
+    results: Results,
+    stop_on_error: bool | float,
+) -> Iterator[list[Outcome]]:
+    """Yields the outcomes of chunks as they come; at most `window` chunks are under way."""
+    pending: dict[Future, Chunk] = {}
+    try:
+        while True:
+            for chunk in islice(chunks, window - len(pending)):
+                try:
+                    pending[pool.submit(_work, function, chunk)] = chunk
+                except BrokenExecutor:
+                    chunks = iter(())
+                    break
+            if not pending:
+                return
+            done, _ = wait(pending, return_when=FIRST_COMPLETED)
+            for future in done:
+                yield _outcomes_of(future, pending.pop(future))
+            if _is_enough(results, stop_on_error):
+                chunks = iter(())
+                pending = {each: pending[each] for each in pending if not each.cancel()}
+    finally:
+        for future in pending:
+            future.cancel()
+
+
+def _record(job: Any, results: Results, outcomes: Iterable[Outcome]) -> None:
+    with job.model().transaction():
+        for outcome in outcomes:
+            state = "failed" if outcome.error else "finished"
+            results.record(outcome.k, state, outcome.outputs, outcome.error)
+            job.createIntoSimulationRuns(
+                RunId=outcome.k + 1,
+                State=state,
+                StatusString=outcome.error.strip().rpartition("\n")[2],
+                Progress=1.0,
+                SimElapsedWallTime=outcome.seconds,
+                Machine=outcome.machine,
+            )

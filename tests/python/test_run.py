@@ -1,0 +1,133 @@
+"""Carrying out runs: what is called with what, what a failure does, and how it ends early."""
+
+import csv
+import os
+import signal
+import subprocess
+import sys
+import textwrap
+import threading
+from concurrent.futures import ThreadPoolExecutor
+
+import kxsim
+import numpy as np
+import pytest
+from kxsim.study import grid, values
+
+
+def area(run):
+    return {"area": run["a"] * run["b"], "trace": np.arange(run["a"])}
+
+
+def reciprocal(run):
+    return 1 / run["a"]
+
+
+def deadly(run):
+    if run["a"] == 2:
+        os._exit(3)
+    return run["a"]
+
+
+@pytest.mark.parametrize("executor", ["processes", "threads", "serial", ThreadPoolExecutor(2)])
+@pytest.mark.parametrize("chunk", [None, 4])
+def test_every_run_gets_its_values_and_keeps_its_place(executor, chunk):
+    study = grid(a=[1, 2, 3], b=[10, 20])
+    results = kxsim.run(study, area, executor=executor, workers=2, chunk=chunk)
+    columns = results.columns()
+    np.testing.assert_array_equal(columns["area"], [10, 20, 30, 20, 40, 60])
+    assert columns["run"].tolist() == [1, 2, 3, 4, 5, 6]
+    assert [len(trace) for trace in columns["trace"]] == [1, 2, 3, 1, 2, 3]
+    records = {run.RunId: run for run in results.job.SimulationRuns}
+    assert sorted(records) == [1, 2, 3, 4, 5, 6]
+    assert all(run.State == "finished" and run.Progress == 1 for run in records.values())
+    assert results.job.NumWorkers == (1 if executor == "serial" else 2)
+    assert results.job.FinishTime >= results.job.StartTime > 0
+
+
+def test_a_failing_run_keeps_its_error_and_the_others_go_on():
+    results = values("a", [1, 0, 2]).run(reciprocal, workers=1)
+    assert results.states == ["finished", "failed", "finished"]
+    np.testing.assert_array_equal(results.columns()["output"], [1, np.nan, 0.5])
+    assert "in reciprocal" in results.errors[1]
+    failed = [run for run in results.job.SimulationRuns if run.State == "failed"]
+    assert [run.StatusString for run in failed] == ["ZeroDivisionError: float division by zero"]
+    assert repr(results) == "<results of 3 runs: 2 finished, 1 failed, 0 not run>"
+
+
+@pytest.mark.parametrize(("limit", "begun"), [(True, 1), (0.25, 3), (1.0, 8), (False, 8)])
+def test_it_stops_when_enough_have_failed(limit, begun):
+    results = values("a", [0] * 8).run(reciprocal, executor="serial", stop_on_error=limit, chunk=1)
+    assert 8 - results.states.count("not run") == begun == len(results.job.SimulationRuns)
+
+
+def test_a_worker_that_dies_fails_its_runs_and_nothing_hangs():
+    results = values("a", [1, 2, 3, 4]).run(deadly, workers=1, chunk=1)
+    assert results.states[1] == "failed" and "terminated abruptly" in results.errors[1]
+
+
+def test_an_interrupt_leaves_what_has_come():
+    def interrupting(run):
+        if run["a"] == 3:
+            raise KeyboardInterrupt
+        return run["a"]
+
+    results = values("a", range(6)).run(interrupting, executor="serial", chunk=1)
+    assert results.interrupted and results.states == ["finished"] * 3 + ["not run"] * 3
+    assert len(results.job.SimulationRuns) == 3 and "interrupted" in repr(results)
+
+
+def test_ctrl_c_ends_workers_at_once():
+    script = """
+        import time, kxsim
+        from kxsim.study import values
+        def slow(run):
+            if run["a"]:
+                print("sleeping", flush=True)
+                time.sleep(600)
+            return 1
+        results = values("a", [0, 1]).run(slow, workers=2, chunk=1)
+        print(results)
+    """
+    child = subprocess.Popen(
+        [sys.executable, "-c", textwrap.dedent(script)],
+        stdout=subprocess.PIPE,
+        stderr=subprocess.PIPE,
+        text=True,
+        start_new_session=True,
+    )
+    watchdog = threading.Timer(60, child.kill)
+    watchdog.start()
+    assert child.stdout.readline() == "sleeping\n"
+    os.killpg(child.pid, signal.SIGINT)
+    out, err = child.communicate()
+    watchdog.cancel()
+    assert (child.returncode, err) == (0, "")
+    assert "interrupted" in out and "not run" in out
+
+
+def test_results_are_written_in_full(tmp_path):
+    results = grid(a=[1, 0], b=[0.1]).run(
+        lambda run: {"a": 1 / run["a"], "list": [1, {"x": 2}]}, executor="threads"
+    )
+    results.to_csv(tmp_path / "results.csv")
+    with open(tmp_path / "results.csv", newline="") as file:
+        rows = list(csv.DictReader(file))
+    assert [row["b"] for row in rows] == ["0.1", "0.1"]
+    assert (rows[0]["a (output)"], rows[0]["list"]) == ("1.0", '[1, {"x": 2}]')
+    assert rows[1]["state"] == "failed" and "ZeroDivisionError" in rows[1]["error"]
+
+
+MISTAKES = [
+    (lambda s: kxsim.run(s, 3), TypeError, "callable"),
+    (lambda s: kxsim.run(s, lambda run: 1), TypeError, "executor='threads'"),
+    (lambda s: kxsim.run(s, area, executor="cluster"), ValueError, "no such executor"),
+    (lambda s: kxsim.run(s, area, workers=-1), ValueError, "positive"),
+    (lambda s: kxsim.run(s, area, chunk=0), ValueError, "positive"),
+]
+
+
+@pytest.mark.parametrize(("mistake", "error", "word"), MISTAKES)
+def test_each_mistake_has_its_error(mistake, error, word):
+    with pytest.raises(error, match=word):
+        mistake(values("a", [1]))
