@@ -72,7 +72,7 @@ class Results:
             try:
                 columns[name] = pyarrow.array(column)
             except (pyarrow.ArrowInvalid, pyarrow.ArrowTypeError, pyarrow.ArrowNotImplementedError):
-                columns[name] = pyarrow.array([_word(value) for value in column])
+                columns[name] = pyarrow.array([_text(value) for value in column])
         return pyarrow.table(columns)
 
     def to_parquet(self, path: str | os.PathLike[str]) -> None:
@@ -101,6 +101,10 @@ def _as_numbers(column: list[Any]) -> Any:
     if kinds == {bool} or any(issubclass(kind, bool) for kind in kinds):
         return column
     return numpy.array([numpy.nan if value is None else value for value in column])
+
+
+def _text(value: Any) -> str | None:
+    return None if value is None else str(_word(value))
 
 
 def _word(value: Any) -> Any:

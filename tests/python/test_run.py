@@ -11,6 +11,7 @@ from concurrent.futures import ThreadPoolExecutor
 
 import kxsim
 import numpy as np
+import pandas
 import pytest
 from kxsim.study import grid, values
 
@@ -116,6 +117,21 @@ def test_results_are_written_in_full(tmp_path):
     assert [row["b"] for row in rows] == ["0.1", "0.1"]
     assert (rows[0]["a (output)"], rows[0]["list"]) == ("1.0", '[1, {"x": 2}]')
     assert rows[1]["state"] == "failed" and "ZeroDivisionError" in rows[1]["error"]
+
+
+def test_results_are_tables_elsewhere(tmp_path):
+    def simulate(run):
+        return {"y": run["a"], "trace": np.arange(run["a"]), "mixed": {"k": 1} if run["a"] else 3}
+
+    frame = pandas.DataFrame({"a": [0, 1], "b": ["u", "v"]})
+    study = grid(frame)
+    assert study.to_pandas().to_dict("list") == {"a": [0, 1], "b": ["u", "v"]}
+    results = study.run(simulate, executor="serial")
+    assert results.to_pandas().loc[2, "y"] == 1
+    results.to_parquet(tmp_path / "results.parquet")
+    back = pandas.read_parquet(tmp_path / "results.parquet")
+    assert back["mixed"].tolist() == ["3", '{"k": 1}'] and back["run"].tolist() == [1, 2]
+    assert [list(trace) for trace in back["trace"]] == [[], [0]]
 
 
 MISTAKES = [
