@@ -3,12 +3,15 @@
 from __future__ import annotations
 
 from collections import Counter
-from collections.abc import Iterable, Iterator, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from typing import Any
 
 from kxsim import _host, design
 
 _WORDS = {"Exhaustive": "grid", "Sequential": "zipped", "RandomParameterSpace": "draws"}
+
+# As measured over studies of a million runs.
+_BYTES_PER_RUN, _BYTES_PER_REFERENCE, _BYTES_PER_SAMPLE = 100, 13, 200
 
 
 def name_of(target: Any) -> str:
@@ -50,6 +53,22 @@ def targets(space: Any) -> Iterator[Any]:
     else:
         for child in space.ParameterSpaces:
             yield from targets(child)
+
+
+def memory(space: Any) -> float:
+    """Bytes that the runs will take in the model, without the values themselves."""
+    width = sum(1 for _ in targets(space))
+    per_run = _BYTES_PER_RUN + _BYTES_PER_REFERENCE * width
+    return space.NumIterations * per_run + _samples(space) * _BYTES_PER_SAMPLE
+
+
+def _samples(space: Any) -> float:
+    """Runs of a combination share the samples of its parts."""
+    if isinstance(space, design.StatisticalParameterSpace):
+        return space.NumIterations * len(space.Parameters)
+    if isinstance(space, design.ValueSetParameter):
+        return space.NumIterations
+    return sum(map(_samples, space.ParameterSpaces))
 
 
 def tree(space: Any) -> str:
@@ -108,6 +127,11 @@ def table(runs: Sequence[Any], limit: int) -> str:
     """The first runs, a line each."""
     rows = [values_of(run) for run in runs[:limit]]
     names = list(dict.fromkeys(name for row in rows for name in row))
+    return aligned(names, rows, len(runs))
+
+
+def aligned(names: Sequence[str], rows: Sequence[Mapping[str, Any]], total: int) -> str:
+    """The first rows of a table, numbered from 1, and how many more there are."""
     cells = [["run", *names]]
     cells += [
         [str(k), *(_word(row[name]) if name in row else "" for name in names)]
@@ -115,5 +139,5 @@ def table(runs: Sequence[Any], limit: int) -> str:
     ]
     widths = [max(map(len, column)) for column in zip(*cells, strict=True)]
     lines = ["  ".join(map(str.rjust, line, widths)) for line in cells]
-    rest = len(runs) - len(rows)
+    rest = total - len(rows)
     return "\n".join(lines + ([f"... {rest:,} more"] if rest > 0 else []))

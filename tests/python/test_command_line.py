@@ -1,0 +1,65 @@
+"""The command line: what each command prints, writes and answers."""
+
+import subprocess
+import sys
+
+import pytest
+
+STUDY = """
+from kxsim.study import grid, zipped
+study = grid(zipped(a=[1, 0], b=["x", "y"]), c=[5, 6])
+def simulate(run):
+    return {"out": run["c"] / run["a"]}
+"""
+
+
+def kxsim(folder, *arguments):
+    command = [sys.executable, "-m", "kxsim", *arguments]
+    done = subprocess.run(command, cwd=folder, capture_output=True, text=True, timeout=60)
+    return done.returncode, done.stdout, done.stderr
+
+
+@pytest.fixture
+def folder(tmp_path):
+    (tmp_path / "two_by_two.py").write_text(STUDY)
+    (tmp_path / "empty_one.py").write_text("")
+    (tmp_path / "faulty.py").write_text("from kxsim.study import grid\ngrid(a=3)")
+    return tmp_path
+
+
+def test_explain_shows_counts_memory_and_first_runs(folder):
+    code, out, _ = kxsim(folder, "explain", "two_by_two.py", "-n", "1")
+    assert code == 0 and out.startswith("grid: 4 runs\n├─ zipped: 2 runs\n")
+    assert "memory for the runs: about 0.0 MiB" in out
+    assert out.endswith("run  a  b  c\n  1  1  x  5\n... 3 more\n")
+
+
+@pytest.mark.parametrize("name", ["results.csv", "results.parquet"])
+def test_results_are_written_and_shown(folder, name):
+    code, out, _ = kxsim(folder, "run", "two_by_two.py", "-o", name, "--workers", "2")
+    assert code == 1 and "2 finished, 2 failed, 0 not run" in out
+    assert f"written to {name}\nrun 2: ZeroDivisionError" in out
+    code, out, _ = kxsim(folder, "show", name, "-n", "1")
+    assert code == 0 and out.startswith("2 finished, 2 failed\n\nrun  ")
+    assert "... 3 more" in out
+
+
+@pytest.mark.parametrize(
+    ("arguments", "word"),
+    [
+        (["run", "nowhere.py"], "no file nowhere.py"),
+        (["run", "empty_one.py"], "does not define 'study'"),
+        (["explain", "faulty.py"], "'a' are a list"),
+        (["show", "two_by_two.py"], "holds no results"),
+        (["run", "two_by_two.py", "--workers", "-1"], "positive"),
+        (["walk"], "invalid choice"),
+    ],
+)
+def test_what_cannot_be_done_is_said_in_one_line(folder, arguments, word):
+    code, out, err = kxsim(folder, *arguments)
+    assert code == 2 and word in err.splitlines()[-1] and "Traceback" not in err
+
+
+def test_the_help_tells_what_a_study_file_is(folder):
+    code, out, _ = kxsim(folder, "--help")
+    assert code == 0 and "def simulate(run):" in out and "explain" in out
