@@ -28,6 +28,12 @@ bench-counts: ## Count instructions and hold them against the record (ARGS="--up
 	@cmake --build --preset release --target kxsim_bench
 	@python3 bench/counts.py build/release/bench/kxsim_bench $(ARGS)
 
+bench-python: ## Measure what Python pays beside plain Python, in the release build, one table
+	@scripts/setup.sh test
+	@scripts/quietly.sh .venv/bin/python -m pip install --disable-pip-version-check --no-deps \
+	  --no-build-isolation -C build-dir=build/release -C cmake.build-type=Release .
+	@.venv/bin/python bench/python.py
+
 bench-build: ## Measure a clean release build, the generator and the libraries' sizes
 	@scripts/setup.sh build
 	@bench/build_costs.sh
@@ -69,4 +75,4 @@ install: ## Install the libraries and headers under PREFIX (/usr/local)
 clean: ## Remove everything that was built
 	rm -rf build
 
-.PHONY: help demo test bench bench-counts bench-build tsan fuzz format tidy lines install clean
+.PHONY: help demo test bench bench-counts bench-python bench-build tsan fuzz format tidy lines install clean

@@ -17,6 +17,7 @@ are keys of a mapping: `grid({"gain 1": [1, 2]}, Ki=[1, 2])`.
 
 from __future__ import annotations
 
+import math
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from functools import cached_property
 from typing import Any, NamedTuple
@@ -83,7 +84,7 @@ class Study:
         return self.space.model()
 
     def __len__(self) -> int:
-        return int(self.space.NumIterations)
+        return math.ceil(self.space.NumIterations)
 
     @cached_property
     def runs(self) -> Sequence[Any]:
