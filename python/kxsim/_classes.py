@@ -96,7 +96,7 @@ def _with_values(arguments: tuple, values: dict[str, Any]) -> tuple:
     """Keyword values join the struct of first values, if one was passed."""
     if not values:
         return arguments
-    given = next((each for each in arguments if isinstance(each, Mapping)), None)
+    given = next((each for each in arguments if isinstance(each, dict)), None)
     if given is None:
         return (*arguments, values)
     merged = {**given, **values}

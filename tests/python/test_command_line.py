@@ -1,7 +1,9 @@
 """The command line: what each command prints, writes and answers."""
 
+import csv
 import subprocess
 import sys
+from pathlib import Path
 
 import pytest
 
@@ -58,6 +60,15 @@ def test_results_are_written_and_shown(folder, name):
 def test_what_cannot_be_done_is_said_in_one_line(folder, arguments, word):
     code, out, err = kxsim(folder, *arguments)
     assert code == 2 and word in err.splitlines()[-1] and "Traceback" not in err
+
+
+def test_the_tolerance_example_stays_within_its_bounds(tmp_path):
+    example = Path(__file__).parents[2] / "examples" / "tolerance_study.py"
+    code, out, _ = kxsim(tmp_path, "run", str(example), "--workers", "2")
+    assert code == 0 and "1,000 finished" in out
+    with open(tmp_path / "results.csv", newline="") as file:
+        cut_off = [float(row["cut_off"]) for row in csv.DictReader(file)]
+    assert 1001 / (1.01 * 1.05) <= min(cut_off) < 1000 < max(cut_off) <= 1001 / (0.99 * 0.95)
 
 
 def test_the_help_tells_what_a_study_file_is(folder):
