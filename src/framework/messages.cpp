@@ -54,6 +54,8 @@ constexpr CatalogEntry kCatalog[] = {
     {"NoSuchLiteral", "The enumeration '{0}' has no literal '{1}'."},
     {"NoSuchElement", "The collection does not hold the element."},
     {"IndexOutOfRange", "The index {0} is out of range; the collection holds {1}."},
+    {"CannotCompareProperty",
+     "Elements of class '{0}' cannot be found by '{1}': host arrays are not compared."},
     {"ListIsFull", "There is no room for more: {0} holds at most {1} references."},
     {"ModelIsFull", "The model is full: there is no room for more {0}."},
     {"CannotTellObserver",

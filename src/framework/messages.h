@@ -167,6 +167,10 @@ struct IndexOutOfRange : Message {
 struct ModelIsFull : Message {
   explicit ModelIsFull(std::string_view what) : Message("ModelIsFull", what) {}
 };
+struct CannotCompareProperty : Message {
+  CannotCompareProperty(std::string_view type, std::string_view property)
+      : Message("CannotCompareProperty", type, property) {}
+};
 struct ListIsFull : Message {
   ListIsFull(std::string_view what, std::string_view most) : Message("ListIsFull", what, most) {}
 };

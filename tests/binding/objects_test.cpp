@@ -136,7 +136,9 @@ TEST_F(HostEnumTest, MembersHaveTheirIntegersAndLiterals) {
         EXPECT_EQ(text(call(member, "getPublicIdentifier")), literals[k]);
       }
     }
-    EXPECT_EQ(errorOf(tryNew(name, {0})), "mf0:messages:NoSuchLiteral");
+    EXPECT_EQ(number(call(make(name, {0}), "getValue")), 0) << "what holds none answers";
+    EXPECT_EQ(errorOf(tryNew(name, {99})), "mf0:messages:NoSuchLiteral");
+    EXPECT_EQ(errorOf(tryNew(name, {""})), "mf0:messages:NoSuchLiteral");
     EXPECT_EQ(errorOf(tryNew(name, {"Pie"})), "mf0:messages:NoSuchLiteral");
   }
 }
@@ -164,6 +166,8 @@ TEST_F(HostEnumTest, RegisteringAgainReplacesTheConversions) {
   for (const char* shape : {"", " property", " scalar"}) {
     EXPECT_NE(vcos::COSTypeRepository::getConversion("any", std::string(kType) + shape), nullptr);
   }
+  vcos::COSTypeRepository::removeConversion("any", std::string(kType) + " scalar");
+  EXPECT_EQ(set(figure, "Type", "Histogram"), "Vexal:class:CannotConvert");
   omSetVcosUsingUSM(true);
   VXInitialize_kxsim_design();
   omSetVcosUsingUSM(false);

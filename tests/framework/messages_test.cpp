@@ -45,6 +45,7 @@ std::vector<Message> oneOfEach() {
       IndexOutOfRange("@one", "@two"),
       ModelIsFull("@one"),
       ListIsFull("@one", "@two"),
+      CannotCompareProperty("@one", "@two"),
       CannotTellObserver("@one"),
       ObserversDoNotSettle(),
   };

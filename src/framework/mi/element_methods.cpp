@@ -13,7 +13,8 @@ vexal::ArrayPtr construct(const vcos::factory::MethodCall& call) {
   const ModelElement created = createChecked(
       arguments, model, [&] { return arguments.builder->create(arguments.identity); });
   vcos::factory::basic::BindingRegistry::announceForConstructor(
-      kElements, {created.impl()}, call.hostClass.name(), call.constructed, true);
+      kElements, {created.impl()}, call.hostClass.name(), call.constructed,
+      false);  // an observer may have met the element already
   return nullptr;
 }
 

@@ -48,7 +48,8 @@ vexal::ArrayPtr result(std::vector<X> elements) {
 
 /// The constructor of handle class C: a model and, in either order, a 1-by-1 struct of first
 /// values and an identity. Raises CannotCreateWithoutModel without a living model, and what
-/// `readCreationArguments`, the class's checks and creating raise; no element is left then.
+/// `readCreationArguments`, the class's checks and creating raise; no element is left then. What an
+/// observer raises reaches the script too, but the element stays.
 template <class C>
 struct Construct : vcos::factory::VcosMethod {
   constexpr Construct(std::string_view shortName, std::string_view hostName)

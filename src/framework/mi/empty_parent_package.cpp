@@ -1,6 +1,7 @@
 #include "framework/mi/empty_parent_package.h"
 
 #include <string>
+#include <typeinfo>
 #include <utility>
 
 #include "framework/messages.h"
@@ -11,7 +12,14 @@ namespace mf::zero::mi {
 
 vcos::COSPackage* EmptyParentPackage::registerPackage(std::unique_ptr<EmptyParentPackage> package) {
   const std::string_view name = package->name();
-  if (vcos::COSPackage* known = vcos::COSPackage::getPackage(name)) return known;
+  if (vcos::COSPackage* known = vcos::COSPackage::getPackage(name)) {
+    if (auto* ours = dynamic_cast<EmptyParentPackage*>(&known->info())) {
+      ours->renew(known, std::move(package));
+    } else if (typeid(*package) != typeid(EmptyParentPackage)) {
+      known->info().throwErrorForDefinitionOfExistingName(name);
+    }
+    return known;
+  }
   const std::size_t dot = name.rfind('.');
   if (dot != std::string_view::npos) registerPackage(name.substr(0, dot));
   return vcos::COSPackage::addPackage(std::move(package));
@@ -21,12 +29,22 @@ vcos::COSPackage* EmptyParentPackage::registerPackage(std::string_view name) {
   return registerPackage(std::make_unique<EmptyParentPackage>(std::string(name)));
 }
 
-void EmptyParentPackage::addEnum(vcos::COSPackage* package,
-                                 std::unique_ptr<vcos::COSClassInfo> description,
-                                 const EnumInfo& info, std::unique_ptr<ValueMarshaler> marshaler) {
-  package->addClass(std::move(description));
-  installConversions(info);
-  registrar_.registerTypeMarshaler(info, std::move(marshaler));
+void EmptyParentPackage::install(const Enum& added) {
+  installConversions(*added.info);
+  registrar_.registerTypeMarshaler(*added.info, added.makeMarshaler());
+}
+
+void EmptyParentPackage::renew(vcos::COSPackage* package,
+                               std::unique_ptr<EmptyParentPackage> again) {
+  const auto isPlain = [](const EmptyParentPackage& one) {
+    return typeid(one) == typeid(EmptyParentPackage);
+  };
+  if (filled_) return filled_->renew(package, std::move(again));
+  if (isPlain(*this) && !isPlain(*again)) {
+    again->initializePackage(package);
+    filled_ = std::move(again);
+  }
+  for (const Enum& added : enums_) install(added);
 }
 
 // Registrar

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "framework/export.h"
@@ -20,9 +21,10 @@ class MF0_API EmptyParentPackage : public vcos::COSPackageInfo {
  public:
   using COSPackageInfo::COSPackageInfo;
 
-  /// Adds the package to the host, its missing parents first as empty packages. A package that the
-  /// host knows already stays as it is. Answers the host's package, which lives as long as the
-  /// process. Raises what the host raises; parents added before that stay.
+  /// Adds the package to the host, its missing parents first as empty packages. Of a package that
+  /// the host knows already, the conversions and marshalers of its enumerations are made anew; one
+  /// that was an empty parent so far gets the classes. Answers the host's package, which lives as
+  /// long as the process. Raises what the host raises; parents added before that stay.
   static vcos::COSPackage* registerPackage(std::unique_ptr<EmptyParentPackage> package);
   /// The same for one of class P by its name, and for a plain one.
   template <class P>
@@ -62,14 +64,29 @@ class MF0_API EmptyParentPackage : public vcos::COSPackageInfo {
   /// Adds the host class of enumeration E, its conversions and its marshaler.
   template <class Wrapper, ModelEnum E>
   void addEnum(vcos::COSPackage* package) {
-    addEnum(package, std::make_unique<Wrapper>(), EnumTraits<E>::info(),
-            std::make_unique<PolicyBasedEnumValueMarshaler<E>>());
+    addEnum<E>(package, std::make_unique<Wrapper>());
   }
-  void addEnum(vcos::COSPackage* package, std::unique_ptr<vcos::COSClassInfo> description,
-               const EnumInfo& info, std::unique_ptr<ValueMarshaler> marshaler);
+  /// The same by its description.
+  template <ModelEnum E>
+  void addEnum(vcos::COSPackage* package, std::unique_ptr<vcos::COSClassInfo> description) {
+    package->addClass(std::move(description));
+    enums_.push_back({&EnumTraits<E>::info(), []() -> std::unique_ptr<ValueMarshaler> {
+                        return std::make_unique<PolicyBasedEnumValueMarshaler<E>>();
+                      }});
+    install(enums_.back());
+  }
 
  private:
+  struct Enum {
+    const EnumInfo* info;
+    std::unique_ptr<ValueMarshaler> (*makeMarshaler)();
+  };
+  void install(const Enum& added);
+  void renew(vcos::COSPackage* package, std::unique_ptr<EmptyParentPackage> again);
+
+  std::vector<Enum> enums_;
   Registrar registrar_;
+  std::unique_ptr<EmptyParentPackage> filled_;  ///< by it, what was an empty parent first
 };
 
 }  // namespace mf::zero::mi

@@ -47,7 +47,12 @@ std::string wordOf(const vxArray* value) {
   if (vexal::isCell(value) && vexal::elementCount(value) == 1) {
     return wordOf(vexal::cellElement(value, 0));
   }
-  return vexal::describe(value);
+  const bool isNumber = !vexal::isClass(value, vexal::ClassId::Object) &&
+                        !vexal::isClass(value, vexal::ClassId::Struct) && !vexal::isCell(value) &&
+                        vexal::elementCount(value) == 1;
+  if (!isNumber) return vexal::describe(value);
+  const ArrayPtr number = COSTypeRepository::convert(value, "double scalar");
+  return vexal::formatNumber(vexal::doubleData(number.get())[0]);
 }
 
 [[noreturn]] void refuse(const COSClass& hostClass, std::string_view word) {
@@ -89,10 +94,13 @@ ArrayPtr constructMember(const MethodCall& call) {
   const vxArray* const value = call.inputs[0];
   const bool isNumber = !vexal::isClass(value, vexal::ClassId::Char) &&
                         !vexal::isClass(value, vexal::ClassId::Object);
+  if (!isNumber && vexal::isEmpty(value)) refuse(call.hostClass, "");
   if (!isNumber) return COSTypeRepository::convert(value, call.hostClass.name());
   const ArrayPtr whole = COSTypeRepository::convert(value, "int32 scalar");
   const std::int32_t integer = vexal::elements<std::int32_t>(whole.get())[0];
-  if (!call.hostClass.member(integer)) refuse(call.hostClass, std::to_string(integer));
+  // 0 is no literal, but what a property that holds none answers.
+  if (integer != 0 && !call.hostClass.member(integer))
+    refuse(call.hostClass, std::to_string(integer));
   return vcos::createValueObject(call.hostClass, integer);
 }
 

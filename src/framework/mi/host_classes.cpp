@@ -61,7 +61,7 @@ class NoModel final : public vcos::COSTypeConversion {
 
 // The meta model ------------------------------------------------------------------------------
 
-// The sentence that the host class of a described class has, and of one of its properties.
+// The sentence that the host class of a described class has.
 vexal::ArrayPtr readClassDoc(const PropertyRow&, const Native& native) {
   const auto& metaClass = *static_cast<const meta::Class::Impl*>(native.object);
   const vcos::COSClass* const hostClass = vcos::COSClass::getClass(metaClass.getQualifiedName());
@@ -144,9 +144,8 @@ class MetaPackage final : public EmptyParentPackage {
     for (const MetaClass& each : kMetaClasses) {
       package->addClass(std::make_unique<MetaClassInfo>(each));
     }
-    const EnumInfo& valueFlags = EnumTraits<meta::ValueFlags>::info();
-    addEnum(package, std::make_unique<MetaEnumInfo>(valueFlags), valueFlags,
-            std::make_unique<PolicyBasedEnumValueMarshaler<meta::ValueFlags>>());
+    addEnum<meta::ValueFlags>(package,
+                              std::make_unique<MetaEnumInfo>(EnumTraits<meta::ValueFlags>::info()));
   }
 };
 

@@ -64,6 +64,12 @@ Value valueOf(const PropertyInfo& property, const vxArray* array) {
 
 std::vector<Value> valuesOf(const PropertyInfo& property, const vxArray* array) {
   if (property.kind == ValueKind::kElement) return valuesOf(elementsOf(array));
+  const vcos::Native view = vcos::factory::impl::nativeOf(array, kCollections);
+  if (view.part) {  // another collection
+    const Value held = static_cast<const ElementImpl*>(view.object)
+                           ->get(*static_cast<const PropertyInfo*>(view.part));
+    return {held.items().begin(), held.items().end()};
+  }
   return marshalerOf(property).toValueVector(array);
 }
 

@@ -49,6 +49,9 @@ void addCondition(query::Query& query, const ClassInfo& info, const std::string&
                   const vxArray* value) {
   const PropertyInfo* const property = propertyNamed(info, name);
   if (!property) reportException(mf0::messages::NoSuchProperty(info.qualifiedName, name));
+  if (property->kind == ValueKind::kArray) {
+    reportException(mf0::messages::CannotCompareProperty(info.qualifiedName, name));
+  }
   if (!property->has(kMany)) {
     return query.where(*property, query::Comparison::kEqual, valueOf(*property, value));
   }
@@ -79,16 +82,18 @@ ArrayPtr size(const MethodCall& call) {
   return vexal::createDouble(static_cast<double>(self(call)->size()));
 }
 
-ArrayPtr beginTransaction(const MethodCall& call) { return announceTransaction(self(call)); }
+ArrayPtr beginTransaction(const MethodCall& call) { return announceTransaction(ownModel(call)); }
 
 ArrayPtr isInTransaction(const MethodCall& call) {
   return vexal::createLogical(self(call)->isInTransaction());
 }
 
-ArrayPtr observe(const MethodCall& call) { return announceObserver(self(call), call.inputs[0]); }
+ArrayPtr observe(const MethodCall& call) {
+  return announceObserver(ownModel(call), call.inputs[0]);
+}
 
 ArrayPtr freeze(const MethodCall& call) {
-  Model::Freezer(self(call)).freeze();
+  Model::Freezer(ownModel(call)).freeze();
   return nullptr;
 }
 

@@ -96,6 +96,11 @@ TEST_F(ScriptModelTest, AnObserverIsToldWhatChangedUntilItsSubscriptionEnds) {
   ASSERT_EQ(told.size(), 1U);
   EXPECT_EQ(labels(fieldOf(fieldOf(told[0], "Modified"), "NewValue")), "d");
 
+  // A listener that keeps what it was told of is no hindrance to its constructor.
+  const ArrayPtr kept = make("garden.Bed", {model()});
+  told = listener.take();
+  EXPECT_EQ(identityOf(fieldOf(told[0], "Created")), identityOf(kept));
+
   call(subscription, "end");
   call(subscription, "end");
   plant("e");
