@@ -43,7 +43,9 @@ struct Elements : ReferenceCollection {
 
 struct Primitives : AbstractPrimitiveCollection {
   using AbstractPrimitiveCollection::AbstractPrimitiveCollection;
-  ArrayPtr read(std::size_t index) const { return marshaler().toVxArray(valueAt(index)); }
+  ArrayPtr read(std::size_t index) const {
+    return marshalerOf(property()).toVxArray(valueAt(index));
+  }
   std::optional<std::size_t> find(const vxArray* value) const {
     const Value wanted = valueOf(property(), value);
     for (std::size_t k = 0; k < size(); ++k) {
@@ -72,12 +74,7 @@ struct Primitives : AbstractPrimitiveCollection {
     transaction.commit();
   }
   void assignAll(const vxArray* values) { assignValues(valuesOf(property(), values)); }
-  ArrayPtr readAll() const { return marshaler().fromCollection(*this); }
-
- private:
-  const ValueMarshaler& marshaler() const {
-    return *MetaMarshalerRegistry::getInstance().getPropertyMarshaler(property());
-  }
+  ArrayPtr readAll() const { return marshalerOf(property()).fromCollection(*this); }
 };
 
 template <class View>

@@ -155,16 +155,6 @@ void completeProperties(const ClassInfo& info, vcos::ClassDefinition& definition
 
 // PrimitiveProperty
 
-namespace {
-
-const ValueMarshaler& marshalerOf(const PropertyInfo& property) {
-  const auto* marshaler = MetaMarshalerRegistry::getInstance().getPropertyMarshaler(property);
-  if (!marshaler) reportException(mf0::messages::NoSuchType(property.type));
-  return *marshaler;
-}
-
-}  // namespace
-
 std::string_view PrimitiveProperty::dataTypeOf(const PropertyInfo& property) {
   if (!property.has(kMany)) return marshalerOf(property).dataType();
   if (property.kind == ValueKind::kString) return vcos::factory::detail::kStringVector;

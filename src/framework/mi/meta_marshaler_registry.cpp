@@ -35,13 +35,13 @@ const ValueMarshaler* MetaMarshalerRegistry::getPropertyMarshaler(
   return getPropertyMarshaler(meta::infoOf(property));
 }
 
-namespace {
-
 const ValueMarshaler& marshalerOf(const PropertyInfo& property) {
   const auto* marshaler = MetaMarshalerRegistry::getInstance().getPropertyMarshaler(property);
   if (!marshaler) reportException(mf0::messages::NoSuchType(property.type));
   return *marshaler;
 }
+
+namespace {
 
 std::vector<Value> valuesOf(const std::vector<ModelElement>& elements) {
   return {elements.begin(), elements.end()};

@@ -33,6 +33,9 @@ class MF0_API MetaMarshalerRegistry {
   std::unordered_map<std::string, std::unique_ptr<ValueMarshaler>, Hash, std::equal_to<>> byType_;
 };
 
+/// The marshaler that a property must have; raises NoSuchType where there is none.
+MF0_API const ValueMarshaler& marshalerOf(const PropertyInfo& property);
+
 /// The value of one array for a property that holds single values, or of one of many; the array
 /// is converted to the data type of the property's marshaler or class first. Raises what the
 /// conversion raises, and NoSuchType for an enumeration that no package has registered.

@@ -110,6 +110,9 @@ TEST_F(ScriptCollectionTest, EveryKindOfValueGoesIntoSequencesAndSets) {
     EXPECT_EQ(vexal::className(set.get()), "mf.zero.PrimitiveSet");
     call(set, "add", {call(sequence, "toArray")});
     EXPECT_EQ(values(set), each.inSet);
+    call(set, "clear");
+    call(set, "add", {sequence});  // another collection, as it stands
+    EXPECT_EQ(values(set), each.inSet);
 
     const ArrayPtr first = call(sequence, "at", {0});
     EXPECT_EQ(number(call(sequence, "indexOf", {first})), 0);
