@@ -70,8 +70,14 @@ class PythonPayload final : public vexal::NativePayload {
 
 }  // namespace
 
+// A Python class may say as what its objects pass in the host.
 vexal::ArrayPtr makeForeign(nb::object object) {
-  return take(vexal::script::foreign(std::make_shared<PythonPayload>(std::move(object))));
+  const nb::object named = nb::getattr(object.type(), "__host_class__", nb::none());
+  const nb::str name(named);
+  const std::string_view className =
+      named.is_none() ? vexal::script::kForeignClass : std::string_view(name.c_str());
+  return take(
+      vexal::script::foreign(std::make_shared<PythonPayload>(std::move(object)), className));
 }
 
 nb::object foreignObject(const vxArray* array) {

@@ -23,8 +23,9 @@ from kxsim import _classes, _host, _packages
 from kxsim._adapters import adapt, find_method
 from kxsim._distributions import distribution, seed
 from kxsim._errors import HostError
+from kxsim._states import SimState
 
-__all__ = ["HostError", "Model", "distribution", "run", "seed"]
+__all__ = ["HostError", "Model", "SimState", "distribution", "run", "seed"]
 __version__ = "0.1.0"
 
 

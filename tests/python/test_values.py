@@ -4,6 +4,7 @@ import array
 import math
 import uuid
 
+import kxsim
 import numpy as np
 import pytest
 from hypothesis import given
@@ -138,3 +139,15 @@ def test_enumerations_are_python_enums(model):
     assert round_trip([design.FigureType.Histogram]) == [figure.Type]
     figure.Type = None
     assert figure.Type is None  # the model holds a number that is no member
+
+
+def test_a_simulation_state_passes_where_the_host_asks_for_one(model):
+    class Thermal(kxsim.SimState):
+        pass
+
+    state = Thermal({"air": 20.0})
+    target = design.InitialState(model, SimState=state)
+    assert target.SimState is state
+    with pytest.raises(kxsim.HostError) as refused:
+        target.SimState = {"air": 20.0}
+    assert refused.value.key == "InvalidSimState" and target.SimState is state

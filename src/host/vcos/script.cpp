@@ -263,9 +263,10 @@ Result<ArrayPtr> objectArray(Arguments objects, std::string_view className) noex
   return guarded(className, [&] { return arrayOfObjects(objects, className); });
 }
 
-Result<ArrayPtr> foreign(std::shared_ptr<NativePayload> payload) noexcept {
-  return guarded(kForeignClass, [&] {
-    ArrayPtr object = createObject(kForeignClass);
+Result<ArrayPtr> foreign(std::shared_ptr<NativePayload> payload,
+                         std::string_view className) noexcept {
+  return guarded(className, [&] {
+    ArrayPtr object = createObject(className);
     attachPayload(object.get(), std::move(payload));
     return object;
   });

@@ -189,7 +189,9 @@ VEXAL_API Result<ArrayPtr> objectArray(Arguments objects, std::string_view class
 inline constexpr std::string_view kForeignClass = "vexal.Foreign";
 
 /// A 1-by-1 object that holds the payload, which is released on the host's thread with the last
-/// copy. Methods that the payload answers can be called by name like those of any object.
-VEXAL_API Result<ArrayPtr> foreign(std::shared_ptr<NativePayload> payload) noexcept;
+/// copy. Methods that the payload answers can be called by name like those of any object. The class
+/// may be any that is defined by name alone, so that the object passes where the host asks for one.
+VEXAL_API Result<ArrayPtr> foreign(std::shared_ptr<NativePayload> payload,
+                                   std::string_view className = kForeignClass) noexcept;
 
 }  // namespace vexal::script

@@ -171,6 +171,13 @@ TEST_F(ScriptTest, AForeignObjectAnswersTheMethodsOfItsPayload) {
   EXPECT_EQ(keyOf(invoke(held, "stop", {})), "NoSuchMember");
 }
 
+TEST_F(ScriptTest, AForeignObjectMayPassAsOneOfAClassThatTheHostAsksFor) {
+  const ArrayPtr object = valueOf(foreign(std::make_shared<Spinner>(), kModelSimStateClass));
+  EXPECT_TRUE(isA(object.get(), kModelSimStateClass));
+  EXPECT_NE(payloadAs<Spinner>(object.get()), nullptr);
+  EXPECT_EQ(keyOf(foreign(std::make_shared<Spinner>(), "no.Such")), "UnknownClass");
+}
+
 TEST_F(ScriptTest, ObjectsWithFieldsShowThemAsProperties) {
   const ArrayPtr one = createDouble(1);
   const ArrayPtr normal = valueOf(call("kxsim.dist.Normal", all({one.get(), one.get()})));
