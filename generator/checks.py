@@ -1,10 +1,11 @@
 """The rules that a resolved model must keep, beyond that every name means something."""
 
+import keyword
 import sys
 import uuid
 from collections.abc import Callable, Iterable
 
-from generator import names
+from generator import names, stubs
 from generator.model import Class, Enum, Module
 from generator.primitives import ARRAY, BOOLEAN, INTEGER, INTEGER8, REAL, STRINGS
 from generator.property import Property
@@ -68,7 +69,8 @@ def check_enum(enum: Enum, problems: Problems) -> None:
         problems.add(enum.where, "needs at least one literal")
     for literal in enum.literals:
         where = f"{enum.where}.{literal.name}"
-        if not names.is_identifier(literal.name) or literal.name in names.KEYWORDS:
+        words = names.KEYWORDS | {*keyword.kwlist, "mro"}
+        if not names.is_identifier(literal.name) or literal.name in words:
             problems.add(where, "cannot be the name of a literal")
         if not isinstance(literal.doc, str) or not literal.doc:
             problems.add(where, "needs a description")
@@ -80,7 +82,7 @@ def check_enum(enum: Enum, problems: Problems) -> None:
 def check_class_name(cls: Class, problems: Problems) -> None:
     if not names.is_class_name(cls.name):
         problems.add(cls.where, "a class's name must begin with a capital letter")
-    elif cls.name in names.NESTED:
+    elif cls.name in names.NESTED or keyword.iskeyword(cls.name):
         problems.add(cls.where, "is a reserved name")
     if not cls.doc:
         problems.add(cls.where, "needs a description")
@@ -93,6 +95,8 @@ def check_name(prop: Property, problems: Problems) -> None:
         problems.add(prop.where, f"its accessor '{prop.lower}' is a keyword of C++")
     elif prop.lower in names.ACCESSORS or prop.upper in names.PROPERTIES:
         problems.add(prop.where, "is a reserved name")
+    elif keyword.iskeyword(prop.name) or prop.name in stubs.NAMES:
+        problems.add(prop.where, "is a name that Python needs")
     if not prop.doc:
         problems.add(prop.where, "needs a description")
 

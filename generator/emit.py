@@ -1,11 +1,11 @@
-"""The model as source text: templates print, `layout` breaks what is too wide."""
+"""The model as source text: templates print, `layout` and `stubs` break what is too wide."""
 
 from collections.abc import Iterator
 from pathlib import Path
 
 import jinja2
 
-from generator.layout import fit
+from generator import layout, stubs
 from generator.model import Module
 from generator.property import quoted
 
@@ -38,6 +38,8 @@ def plan(module: Module) -> Iterator[tuple[str, str, dict]]:
         yield host.source, "binding.cpp.j2", {"host": host}
     yield module.host_packages_header, "host_packages.h.j2", {}
     yield module.host_packages_source, "host_packages.cpp.j2", {}
+    for stub in module.stubs:
+        yield stub.file, "package.pyi.j2", {"stub": stub}
     yield module.header, "module.h.j2", {}
     yield module.source, "module.cpp.j2", {}
 
@@ -49,10 +51,11 @@ def outputs(module: Module) -> list[str]:
 def render(module: Module) -> dict[str, str]:
     """The text of every file by its path."""
     templates = environment()
-    return {
-        path: fit(templates.get_template(template).render(module=module, **what))
-        for path, template, what in plan(module)
-    }
+    texts = {}
+    for path, template, what in plan(module):
+        text = templates.get_template(template).render(module=module, **what)
+        texts[path] = stubs.fit(text) if path.endswith(".pyi") else layout.fit(text)
+    return texts
 
 
 def write(texts: dict[str, str], out: Path) -> int:

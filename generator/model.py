@@ -11,6 +11,7 @@ from generator import names
 from generator.binding import HostPackage, host_packages
 from generator.primitives import PRIMITIVES
 from generator.property import BuilderProperty, Property
+from generator.stubs import PackageStub, package_stubs
 
 
 @dataclass(eq=False)
@@ -337,6 +338,10 @@ class Module:
     @cached_property
     def host_packages(self) -> list[HostPackage]:
         return host_packages(self.packages, self.folders)
+
+    @cached_property
+    def stubs(self) -> list[PackageStub]:
+        return package_stubs(self.packages)
 
     @property
     def host_packages_header(self) -> str:

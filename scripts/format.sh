@@ -17,5 +17,5 @@ if [[ ${1:-} == --check ]]; then
 fi
 
 sources '*.h' '*.cpp' | xargs -0 -r .venv/bin/clang-format "${clang_format[@]}"
-sources '*.py' | xargs -0 -r .venv/bin/ruff check --quiet "${ruff_check[@]}"
-sources '*.py' | xargs -0 -r .venv/bin/ruff format --quiet "${ruff_format[@]}"
+sources '*.py' '*.pyi' | xargs -0 -r .venv/bin/ruff check --quiet "${ruff_check[@]}"
+sources '*.py' '*.pyi' | xargs -0 -r .venv/bin/ruff format --quiet "${ruff_format[@]}"

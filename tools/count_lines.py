@@ -23,7 +23,7 @@ AREAS = {
     "tools": "tools/",
     "tests": "tests/",
 }
-SUFFIXES = {".h", ".cpp", ".py", ".j2", ".toml"}
+SUFFIXES = {".h", ".cpp", ".py", ".pyi", ".j2", ".toml"}
 
 FIXED, PER_PROPERTY, PER_CONTAINMENT_LIST, TOTAL = 40, 10, 14, 3000
 

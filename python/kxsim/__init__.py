@@ -18,6 +18,7 @@ from __future__ import annotations
 
 import os
 import sys
+from typing import TYPE_CHECKING, Any
 
 from kxsim import _classes, _host, _packages
 from kxsim._adapters import adapt, find_method
@@ -39,14 +40,22 @@ def _start() -> None:
 _start()
 
 
-def __getattr__(name: str):
-    if name == "Model":
-        return _classes.class_for("mf.zero.Model")
-    if name == "run":
-        from kxsim._run import run
+if TYPE_CHECKING:
+    from mf.zero import Model
 
-        return run
-    return _packages.member(sys.modules[__name__], name)
+    from kxsim import design as design
+    from kxsim import dist as dist
+    from kxsim._run import run
+else:
+
+    def __getattr__(name: str) -> Any:
+        if name == "Model":
+            return _classes.class_for("mf.zero.Model")
+        if name == "run":
+            from kxsim._run import run
+
+            return run
+        return _packages.member(sys.modules[__name__], name)
 
 
 def __dir__() -> list[str]:

@@ -124,6 +124,8 @@ def _split(name: str) -> tuple[str, str]:
 class HostEnum(enum.Enum):
     """The base of enumerations of the host; a member may also be looked up by its name."""
 
+    __host_name__: str
+
     @classmethod
     def _missing_(cls, value: object) -> HostEnum | None:
         return cls.__members__.get(value) if isinstance(value, str) else None
@@ -227,6 +229,11 @@ def _method(owner: str, described: dict[str, Any]) -> Callable:
     def method(self: HostObject, *arguments: Any, **values: Any) -> Any:
         return _host.invoke(self, name, _with_values(arguments, values), reading)
 
+    def plain_method(self: HostObject) -> Any:
+        return _host.invoke(self, name, (), reading)
+
+    if described["arguments"] == []:
+        return _named(plain_method, owner, described)
     return _named(method, owner, described)
 
 
@@ -236,7 +243,11 @@ def _static_method(owner: str, described: dict[str, Any]) -> classmethod:
     def method(cls: type, *arguments: Any) -> Any:
         return _host.invoke_static(cls.__host_name__, name, arguments)
 
-    return classmethod(_named(method, owner, described))
+    def plain_method(cls: type) -> Any:
+        return _host.invoke_static(cls.__host_name__, name, ())
+
+    made = method if described["arguments"] else plain_method
+    return classmethod(_named(made, owner, described))
 
 
 _MAKERS = {"property": _property, "method": _method, "static": _static_method}

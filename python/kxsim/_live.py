@@ -5,10 +5,18 @@ from __future__ import annotations
 import weakref
 from collections.abc import Callable, Iterable, Iterator, MutableSequence, Sequence
 from contextlib import contextmanager
-from typing import Any, NamedTuple
+from types import GenericAlias
+from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar, overload
 
 from kxsim import _host
 from kxsim._errors import HostError
+
+if TYPE_CHECKING:
+    from mf.zero import ModelElement, Transaction, meta
+
+    from kxsim.typing import Identity, Objects
+
+    E = TypeVar("E", bound=ModelElement)
 
 MANY = _host.Reading.MANY
 
@@ -18,10 +26,13 @@ class Model:
 
     __slots__ = ()
 
+    def __init__(self) -> None:
+        super().__init__()
+
     @contextmanager
-    def transaction(self) -> Iterator[Any]:
+    def transaction(self) -> Iterator[Transaction]:
         """A change as a whole: kept at the end of the block, rolled back on an exception."""
-        transaction = self.beginTransaction()
+        transaction = _host.invoke(self, "beginTransaction", ())
         try:
             yield transaction
         except BaseException:
@@ -40,7 +51,13 @@ class Model:
         """
         return Subscription(self, observer)
 
-    def elements(self, of_class: Any = None, **conditions: Any) -> Sequence[Any]:
+    @overload
+    def elements(self, of_class: None = None, **conditions: Any) -> Objects[ModelElement]: ...
+    @overload
+    def elements(self, of_class: type[E], **conditions: Any) -> Objects[E]: ...
+    @overload
+    def elements(self, of_class: str | meta.Class, **conditions: Any) -> Objects[Any]: ...
+    def elements(self, of_class: Any = None, **conditions: Any) -> Any:
         """All elements, or those of a class and its subclasses; keywords name properties and the
         values that they must have."""
         arguments = () if of_class is None else (of_class,)
@@ -48,11 +65,11 @@ class Model:
             arguments = (of_class or "mf.zero.ModelElement", conditions)
         return _host.invoke(self, "elements", arguments, MANY)
 
-    def roots(self) -> Sequence[Any]:
+    def roots(self) -> Objects[ModelElement]:
         """The elements that no other contains."""
         return _host.invoke(self, "roots", (), MANY)
 
-    def findElement(self, identity: Any) -> Any:
+    def findElement(self, identity: Identity) -> ModelElement | None:
         """The element with that identity, or None."""
         return _host.invoke(self, "findElement", (identity,), _host.Reading.OPTIONAL)
 
@@ -73,7 +90,7 @@ class ChangeSet(NamedTuple):
     "Property", "OldValue" and "NewValue" of each property that it modified.
     """
 
-    created: Sequence[Any]
+    created: Sequence[ModelElement]
     destroyed: Sequence[dict[str, Any]]
     modified: Sequence[dict[str, Any]]
 
@@ -123,7 +140,7 @@ class Element:
 
     __slots__ = ()
 
-    def owner(self) -> Any:
+    def owner(self) -> ModelElement | None:
         """The element that contains this one, or None."""
         return _host.invoke(self, "owner", (), _host.Reading.OPTIONAL)
 
@@ -132,6 +149,7 @@ class Collection:
     """Mixed into the live collections: a mutable sequence, each change one transaction."""
 
     __slots__ = ()
+    __class_getitem__ = classmethod(GenericAlias)
 
     def __len__(self) -> int:
         return int(_host.invoke(self, "size", ()))
@@ -237,6 +255,7 @@ def _extend_object_arrays() -> None:
 
 
 _extend_object_arrays()
+MutableSequence.register(Collection)
 
 EXTENSIONS = {
     "mf.zero.Model": Model,

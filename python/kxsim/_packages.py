@@ -64,12 +64,23 @@ class _HostPackage(ModuleType):
         return members(self.__name__)
 
 
+_roots = {"kxsim"}
+
+
 class _Importer(importlib.abc.MetaPathFinder, importlib.abc.Loader):
-    """Asked last, so that Python's own modules come first."""
+    """Asked first, for Python would take a folder that holds nothing but stubs for a package.
+
+    Python's own modules come first all the same.
+    """
 
     def find_spec(self, name: str, path: Any = None, target: Any = None) -> Any:
         root = name.partition(".")[0]
-        if root == name or root not in sys.modules or not is_package(name):
+        if root == name or root not in _roots:
+            return None
+        found = importlib.machinery.PathFinder.find_spec(name, path, target)
+        if found is not None and found.loader is not None:
+            return found
+        if not is_package(name):
             return None
         return importlib.machinery.ModuleSpec(name, self, origin="host", is_package=True)
 
@@ -83,9 +94,10 @@ class _Importer(importlib.abc.MetaPathFinder, importlib.abc.Loader):
 def install() -> None:
     """Makes host packages importable."""
     if not any(isinstance(finder, _Importer) for finder in sys.meta_path):
-        sys.meta_path.append(_Importer())
+        sys.meta_path.insert(0, _Importer())
 
 
 def adopt(name: str) -> None:
     """Lets an imported Python module show the host package of the same name."""
     sys.modules[name].__class__ = _HostPackage
+    _roots.add(name)

@@ -120,6 +120,19 @@ BAD = {
         with_property("name = 'Owner', refers = 'Leaf'"),
         "Tree.Owner: is a reserved name",
     ),
+    "keyword of Python": (
+        with_property("name = 'from', type = 'String'"),
+        "Tree.from: is a name that Python needs",
+    ),
+    "name that hides a type from Python": (
+        with_property("name = 'str', type = 'String'"),
+        "Tree.str: is a name that Python needs",
+    ),
+    "class that is a keyword of Python": (a_class("None"), "None: is a reserved name"),
+    "literal that is a keyword of Python": (
+        "[enum.Kind]\ndoc = 'Kinds.'\n[enum.Kind.literals]\nNone = 'None.'\n",
+        "Kind.None: cannot be the name of a literal",
+    ),
     "no name": (with_property("name = 'my age', type = 'Real'"), "Tree.my age: is not a name"),
     "class in small letters": (
         a_class("tree"),

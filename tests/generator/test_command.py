@@ -33,7 +33,7 @@ def test_only_what_changed_is_written_and_nothing_is_removed(tmp_path):
     changed = SCHEMA.replace("A class.", "A plant.", 1)
     assert main(["--out", str(out), *map(str, write_module(tmp_path / "in", changed))]) == 0
     written = {path.name for path in out.rglob("*.*") if path.stat().st_mtime > 1}
-    assert written == {"tree.h", "sample.cpp"}
+    assert written == {"tree.h", "sample.cpp", "__init__.pyi"}
     assert (out / "sample/by_hand.h").exists()
 
 

@@ -1,0 +1,3 @@
+# Generated from the schemas of shelf.attic.
+
+__all__ = []
