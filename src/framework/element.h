@@ -366,6 +366,11 @@ using ElementSequence = TypedReferenceCollection<T, std::vector<T>>;
 template <class T>
 using ElementSet = TypedReferenceCollection<T, std::unordered_set<T>>;
 
+/// Whether I implements handle class X or a class below it; a concept, so that X may still be
+/// incomplete where a handle class derives from its typed part.
+template <class I, class X>
+concept ImplementationOf = std::derived_from<I, typename X::Impl>;
+
 /// The typed part that every handle class has: X is the class, Super the handle it derives from.
 template <class X, class Super = ModelElement>
 class Handle : public Super {
@@ -375,8 +380,7 @@ class Handle : public Super {
   using Set = ElementSet<X>;
 
   Handle() = default;
-  template <class I>
-    requires std::derived_from<I, typename X::Impl>
+  template <ImplementationOf<X> I>
   explicit Handle(I* impl) : Super(impl) {}
 
   auto operator->() const { return static_cast<typename X::Impl*>(this->checked()); }

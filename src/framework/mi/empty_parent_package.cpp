@@ -10,12 +10,20 @@
 
 namespace mf::zero::mi {
 
+namespace {
+
+bool isPlain(const EmptyParentPackage& package) {
+  return typeid(package) == typeid(EmptyParentPackage);
+}
+
+}  // namespace
+
 vcos::COSPackage* EmptyParentPackage::registerPackage(std::unique_ptr<EmptyParentPackage> package) {
   const std::string_view name = package->name();
   if (vcos::COSPackage* known = vcos::COSPackage::getPackage(name)) {
     if (auto* ours = dynamic_cast<EmptyParentPackage*>(&known->info())) {
       ours->renew(known, std::move(package));
-    } else if (typeid(*package) != typeid(EmptyParentPackage)) {
+    } else if (!isPlain(*package)) {
       known->info().throwErrorForDefinitionOfExistingName(name);
     }
     return known;
@@ -36,9 +44,6 @@ void EmptyParentPackage::install(const Enum& added) {
 
 void EmptyParentPackage::renew(vcos::COSPackage* package,
                                std::unique_ptr<EmptyParentPackage> again) {
-  const auto isPlain = [](const EmptyParentPackage& one) {
-    return typeid(one) == typeid(EmptyParentPackage);
-  };
   if (filled_) return filled_->renew(package, std::move(again));
   if (isPlain(*this) && !isPlain(*again)) {
     again->initializePackage(package);
