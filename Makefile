@@ -63,6 +63,10 @@ tidy: ## Run clang-tidy over src, after the dev build that it learns the flags f
 	@scripts/quietly.sh cmake --build --preset dev
 	@run-clang-tidy -quiet -p build/dev '$(CURDIR)/src/'
 
+reference: ## Write docs/reference from the schemas
+	@scripts/setup.sh build
+	@.venv/bin/python -m generator --reference --out docs/reference
+
 lines: ## Count the lines of code by area, and the generated ones against their budget
 	@python3 tools/count_lines.py build/dev/gen
 
@@ -75,4 +79,4 @@ install: ## Install the libraries and headers under PREFIX (/usr/local)
 clean: ## Remove everything that was built
 	rm -rf build
 
-.PHONY: help demo test bench bench-counts bench-python bench-build tsan fuzz format tidy lines install clean
+.PHONY: help demo test bench bench-counts bench-python bench-build tsan fuzz format tidy reference lines install clean

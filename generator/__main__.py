@@ -16,6 +16,7 @@ def arguments(given: list[str]) -> argparse.Namespace:
     parser.add_argument("--out", type=Path, help="the folder that the files go under")
     task = parser.add_mutually_exclusive_group()
     task.add_argument("--list-outputs", action="store_true", help="print the files, write nothing")
+    task.add_argument("--reference", action="store_true", help="write the reference instead")
     task.add_argument("--stats", action="store_true", help="print lines per class, write nothing")
     parsed = parser.parse_args(given)
     if parsed.out is None and not parsed.stats:
@@ -36,7 +37,8 @@ def main(given: list[str]) -> int:
     elif parsed.stats:
         print(report(module, emit.render(module)))
     else:
-        emit.write(emit.render(module), parsed.out)
+        plan = emit.plan_reference if parsed.reference else emit.plan
+        emit.write(emit.render(module, plan), parsed.out)
     return 0
 
 

@@ -1,5 +1,6 @@
 """The model as source text: templates print, `layout` and `stubs` break what is too wide."""
 
+import re
 from collections.abc import Iterator
 from pathlib import Path
 
@@ -8,6 +9,7 @@ import jinja2
 from generator import layout, stubs
 from generator.model import Module
 from generator.property import quoted
+from generator.reference import escaped
 
 TEMPLATES = Path(__file__).parent / "templates"
 
@@ -21,6 +23,7 @@ def environment() -> jinja2.Environment:
         keep_trailing_newline=True,
     )
     made.filters["quoted"] = quoted
+    made.filters["escaped"] = escaped
     return made
 
 
@@ -44,17 +47,32 @@ def plan(module: Module) -> Iterator[tuple[str, str, dict]]:
     yield module.source, "module.cpp.j2", {}
 
 
+def plan_reference(module: Module) -> Iterator[tuple[str, str, dict]]:
+    """Every page of the reference, likewise."""
+    yield "README.md", "reference_index.md.j2", {}
+    for page in module.reference:
+        yield page.file, "reference.md.j2", {"page": page}
+
+
 def outputs(module: Module) -> list[str]:
     return [path for path, _, _ in plan(module)]
 
 
-def render(module: Module) -> dict[str, str]:
+def squeeze(text: str) -> str:
+    """One blank line at most, none at the ends."""
+    return re.sub(r"\n{3,}", "\n\n", text).strip("\n") + "\n"
+
+
+FITTING = {".pyi": stubs.fit, ".md": squeeze}
+
+
+def render(module: Module, plan=plan) -> dict[str, str]:
     """The text of every file by its path."""
     templates = environment()
     texts = {}
     for path, template, what in plan(module):
         text = templates.get_template(template).render(module=module, **what)
-        texts[path] = stubs.fit(text) if path.endswith(".pyi") else layout.fit(text)
+        texts[path] = FITTING.get(Path(path).suffix, layout.fit)(text)
     return texts
 
 

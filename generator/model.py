@@ -11,6 +11,7 @@ from generator import names
 from generator.binding import HostPackage, host_packages
 from generator.primitives import PRIMITIVES
 from generator.property import BuilderProperty, Property
+from generator.reference import ReferencePage, reference_pages
 from generator.stubs import PackageStub, package_stubs
 
 
@@ -342,6 +343,10 @@ class Module:
     @cached_property
     def stubs(self) -> list[PackageStub]:
         return package_stubs(self.packages)
+
+    @cached_property
+    def reference(self) -> list[ReferencePage]:
+        return reference_pages(self)
 
     @property
     def host_packages_header(self) -> str:

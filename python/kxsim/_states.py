@@ -10,7 +10,7 @@ from typing import Any
 class SimState:
     """What `kxsim.design.InitialState` takes as its `SimState`; reading it gives this very object.
 
-    `value` belongs to the simulation: an array, a mapping, anything. Classes below this one will do.
+    `value` belongs to the simulation: an array, a mapping, anything. Subclasses will do.
 
         design.InitialState(model, SimState=kxsim.SimState({"speed": 0.0}))
     """
