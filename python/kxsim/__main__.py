@@ -23,6 +23,14 @@ A study file is a Python file that defines `study`, made by kxsim.study, and for
     def simulate(run):
         return {"cost": run["Kp"] ** 2 + run["Ki"]}
 
+If it also defines a function `figures` of the results, `run` saves its pictures (needs Matplotlib):
+
+    from kxsim.figures import Figures
+    def figures(results):
+        figures = Figures(results)
+        figures.scatter(x="Kp", y="cost", c="Ki")
+        return figures
+
 Exit status: 0, 1 when a run failed or was interrupted, 2 when a command could not be carried out.
 """
 
@@ -65,7 +73,18 @@ def run(options: argparse.Namespace) -> int:
     print(f"{results}\nwritten to {options.output}")
     for k in sorted(results.errors)[:3]:
         print(f"run {k + 1}: {results.errors[k].strip().splitlines()[-1]}")
+    if options.pictures or hasattr(module, "figures"):
+        _save_pictures(_defined(module, "figures"), results, options)
     return 1 if results.errors or results.interrupted else 0
+
+
+def _save_pictures(make: Any, results: Any, options: argparse.Namespace) -> None:
+    folder = options.pictures or options.output.parent / "pictures"
+    figures = make(results)
+    if not hasattr(figures, "save"):
+        raise Refused(f"`figures` returns kxsim.figures.Figures, not {figures!r}")
+    for path in figures.save(folder):
+        print(f"picture {path}")
 
 
 def explain(options: argparse.Namespace) -> int:
@@ -105,6 +124,7 @@ def _add_run(commands: Any) -> None:
     option("file", help="the study file")
     written = {"type": Path, "default": Path("results.csv")}
     option("-o", "--output", **written, help="a .csv or .parquet file (%(default)s)")
+    option("--pictures", type=Path, metavar="DIR", help="where (`pictures`, beside the output)")
     kinds = {"choices": ["processes", "threads", "serial"], "default": "processes"}
     option("--executor", **kinds, help="(%(default)s)")
     option("--workers", type=int, help="how many at a time (one per processor)")

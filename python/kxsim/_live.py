@@ -155,7 +155,8 @@ class Collection:
         return int(_host.invoke(self, "size", ()))
 
     def _all(self) -> Sequence[Any]:
-        return _host.invoke(self, "toArray", (), MANY)
+        items = _host.invoke(self, "toArray", (), MANY)
+        return () if items is None else items
 
     def __getitem__(self, index: Any) -> Any:
         if isinstance(index, slice):

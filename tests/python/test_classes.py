@@ -219,6 +219,8 @@ def test_collections_of_values_and_strangers(model):
     select = command.SelectRuns(model, RunIds=[3, 1])
     select.RunIds.append(2)
     assert sorted(select.RunIds) == [1, 2, 3] and 2 in select.RunIds and "x" not in select.RunIds
+    select.RunIds.clear()
+    assert list(select.RunIds) == select.RunIds[:] == []
     spaces = design.Exhaustive(model).ParameterSpaces
     with pytest.raises(kxsim.HostError):
         spaces.extend([design.Sequential(model), design.Variable(model)])

@@ -21,9 +21,21 @@ def kxsim(folder, *arguments):
     return done.returncode, done.stdout, done.stderr
 
 
+FIGURES = """
+from kxsim.figures import Figures
+def figures(results):
+    figures = Figures(results)
+    figures.scatter(x="c", y="out", Title="Out")
+    figures.histogram("out")
+    return figures
+"""
+
+
 @pytest.fixture
 def folder(tmp_path):
     (tmp_path / "two_by_two.py").write_text(STUDY)
+    (tmp_path / "pictured.py").write_text(STUDY + FIGURES)
+    (tmp_path / "forgetful.py").write_text(STUDY + "def figures(results): pass")
     (tmp_path / "empty_one.py").write_text("")
     (tmp_path / "faulty.py").write_text("from kxsim.study import grid\ngrid(a=3)")
     return tmp_path
@@ -46,9 +58,20 @@ def test_results_are_written_and_shown(folder, name):
     assert "... 3 more" in out
 
 
+@pytest.mark.parametrize("options", [[], ["--pictures", "deep/er"]])
+def test_the_figures_of_a_study_are_saved(folder, options):
+    code, out, _ = kxsim(folder, "run", "pictured.py", "--workers", "2", *options)
+    where = Path(options[1] if options else "pictures")
+    names = ["01-out.png", "02-histogram.png"]
+    assert code == 1 and out.endswith("".join(f"picture {where / name}\n" for name in names))
+    assert sorted(path.name for path in (folder / where).iterdir()) == names
+
+
 @pytest.mark.parametrize(
     ("arguments", "word"),
     [
+        (["run", "two_by_two.py", "--pictures", "x"], "does not define 'figures'"),
+        (["run", "forgetful.py"], "returns kxsim.figures.Figures, not None"),
         (["run", "nowhere.py"], "no file nowhere.py"),
         (["run", "empty_one.py"], "does not define 'study'"),
         (["explain", "faulty.py"], "'a' are a list"),

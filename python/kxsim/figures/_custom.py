@@ -1,0 +1,120 @@
+"""Custom plots: what a plot configuration's identifier designates, and what draws."""
+
+from __future__ import annotations
+
+import importlib
+from collections.abc import Callable
+from typing import Any
+
+import numpy
+
+from kxsim.design import internal
+from kxsim.figures._data import Runs
+from kxsim.figures._errors import FigureError, nearest
+from kxsim.figures._links import _identity
+
+
+class Plot:
+    """What a custom plot is called with.
+
+    `figure` is an empty Matplotlib figure to draw into, `input` the text that the figure has for
+    it. `shown` and `selected` tell of each run whether it finished and whether it is selected.
+    """
+
+    def __init__(self, sheet: Any) -> None:
+        self.figure = sheet.picture
+        self.input: str = sheet.properties.PlotInput
+        self.shown, self.selected = sheet.runs.finished, sheet.selected
+        self._runs: Runs = sheet.runs
+
+    @property
+    def names(self) -> list[str]:
+        """Of the columns, those of parameters first."""
+        return self._runs.names()
+
+    def column(self, name: str, type: str = "Default") -> Any:
+        """A cell for each run: an array of numbers (NaN where there is none), otherwise a list.
+
+        FigureError for an unknown name.
+        """
+        cells = list(self._runs.cells(name, type))
+        try:
+            return numpy.array([numpy.nan if cell is None else cell for cell in cells], dtype=float)
+        except (TypeError, ValueError):
+            return cells
+
+
+class Plots:
+    """The plot configurations of a model, and the functions that were registered for them.
+
+    An identifier is the identity of a configuration, or its class when no other has it.
+    """
+
+    def __init__(self, model: Any) -> None:
+        self._model = model
+        self._functions: dict[str, Callable[[Plot], object]] = {}
+
+    def register(self, plot: str | Callable[[Plot], object], label: str, icon: str) -> Any:
+        """Makes the entry for a function, or for its name; one that exists is taken."""
+        name = plot if isinstance(plot, str) else f"{plot.__module__}:{plot.__qualname__}"
+        if not isinstance(plot, str):
+            self._functions[name] = plot
+        self.function(name)
+        for entry in self._entries():
+            if entry.PlotClass == name and label in ("", entry.GalleryLabel):
+                return entry
+        with self._model.transaction():
+            registries = self._model.elements(internal.PlotConfigRegistry)
+            registry = registries[0] if registries else internal.PlotConfigRegistry(self._model)
+            texts = {"GalleryIcon": icon, "GalleryLabel": label or name.rpartition(":")[2]}
+            return registry.createIntoPlotConfigs(PlotClass=name, **texts)
+
+    def _entries(self) -> list[Any]:
+        registries = self._model.elements(internal.PlotConfigRegistry)
+        return [entry for registry in registries for entry in registry.PlotConfigs]
+
+    def find(self, name: str) -> Any:
+        """The configuration that an identifier designates; FigureError for none or several."""
+        identity, entries = _identity(name), self._entries()
+        found = [each for each in entries if each.identity() == identity]
+        found = found or [each for each in entries if each.PlotClass == name]
+        if len(found) > 1:
+            raise FigureError("AmbiguousPlot", count=len(found), name=name)
+        if not found:
+            near = nearest(name, [each.PlotClass for each in entries])
+            raise FigureError("UnknownPlot", name=name, nearest=near)
+        return found[0]
+
+    def function(self, name: str) -> Callable[[Plot], object]:
+        """The callable that a plot class names, "package.module:function"."""
+        if name in self._functions:
+            return self._functions[name]
+        module, _, path = name.partition(":")
+        if not module or not path:
+            reason = "it is neither registered nor of the form package.module:function"
+            raise FigureError("PlotClassNotFound", name=name, reason=reason)
+        try:
+            found: Any = importlib.import_module(module)
+            for part in path.split("."):
+                found = getattr(found, part)
+        except (ImportError, AttributeError) as error:
+            raise FigureError("PlotClassNotFound", name=name, reason=str(error)) from error
+        if not callable(found):
+            raise FigureError("PlotClassNotFound", name=name, reason="it is not callable")
+        return found
+
+    def drawer(self, properties: Any) -> Callable[[Any], None]:
+        """What draws a custom figure's sheet. Its own exceptions arrive as they are."""
+        name = self.find(properties.PlotConfigId).PlotClass
+        function = self.function(name)
+
+        def draw(sheet: Any) -> None:
+            try:
+                function(Plot(sheet))
+            except Exception as error:
+                error.add_note(f"It was raised by the custom plot {name!r}.")
+                raise
+            if properties.Title and not sheet.picture.get_suptitle():
+                sheet.picture.suptitle(properties.Title, x=0.02, ha="left", weight="bold")
+
+        return draw

@@ -1,0 +1,254 @@
+"""What a figure plots: columns of the results, found by data sources and reduced for an axis."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Mapping, Sequence
+from numbers import Real
+from typing import Any, NamedTuple
+
+import numpy
+
+from kxsim import design
+from kxsim.figures._errors import FigureError, nearest
+
+# What a trace of a run becomes.
+REDUCTIONS = {
+    "End": lambda trace: trace[-1],
+    "Min": numpy.min,
+    "Max": numpy.max,
+    "Mean": numpy.mean,
+}
+
+
+class Data(NamedTuple):
+    """What an axis plots: names of columns with their labels, where they are, how reduced."""
+
+    labels: Mapping[str, str]
+    reduce: str
+    type: str
+
+
+def data(
+    names: str | Iterable[str] | Mapping[str, str],
+    reduce: str = "End",
+    label: str = "",
+    type: str = "Default",
+) -> Data:
+    """What an axis plots, in full: `data("response", reduce="Max", label="peak (V)")`.
+
+    Several names are several series, a mapping gives each its label. `reduce` says what a run's row
+    of numbers becomes ("End", "Min", "Max", "Mean"); with "Trace" it stays. `type` says where the
+    names are, "Parameter" or "Output"; by default wherever they are. FigureError for an unknown
+    one.
+    """
+    if isinstance(names, str):
+        names = {names: label}
+    labels = names if isinstance(names, Mapping) else dict.fromkeys(names, "")
+    return Data(dict(labels), _literal("DataProcessingType", reduce), _source_type(type))
+
+
+def _literal(enumeration: str, name: str) -> str:
+    known = getattr(design, enumeration).__members__
+    if name not in known:
+        raise FigureError("UnknownReduction", name=name, nearest=nearest(str(name), known))
+    return name
+
+
+def _source_type(name: str) -> str:
+    if name not in design.FigureDataSourceType.__members__:
+        raise ValueError(f"a data source's type is Default, Parameter or Output, not {name!r}")
+    return name
+
+
+class Values(NamedTuple):
+    """One data source along one axis: a number for each run, or a trace.
+
+    `numbers` has NaN in runs without; of texts it has their places in `categories`. `traces` has an
+    empty array in runs without, and is None unless whole traces are plotted.
+    """
+
+    label: str
+    numbers: Any
+    categories: Sequence[str] | None = None
+    traces: Sequence[Any] | None = None
+
+    @property
+    def present(self) -> Any:
+        """Whether each run has something to show."""
+        if self.traces is None:
+            return numpy.isfinite(self.numbers)
+        return numpy.array([numpy.isfinite(trace).any() for trace in self.traces], dtype=bool)
+
+
+# Columns -----------------------------------------------------------------------------------------
+
+
+class Runs:
+    """What results have to plot: a cell for each run and column, None where there is none."""
+
+    def __init__(self, results: Any) -> None:
+        self.count = len(results)
+        self.finished = numpy.array([state == "finished" for state in results.states], dtype=bool)
+        self._outputs = results.outputs
+        self._parameters = {"run": range(1, self.count + 1), **results.inputs}
+        self._output_names = dict.fromkeys(
+            name for each in results.outputs if each for name in each
+        )
+
+    def names(self, type: str = "Default") -> list[str]:
+        """Of the columns of a type, the parameters first."""
+        parameters = [] if type == "Output" else list(self._parameters)
+        return parameters + ([] if type == "Parameter" else list(self._output_names))
+
+    def type_of(self, name: str, type: str) -> str:
+        """Where a name is, "Parameter" or "Output"; FigureError where it is not, or in both."""
+        if type == "Default" and name in self._parameters and name in self._output_names:
+            raise FigureError("AmbiguousQuantity", name=name)
+        if type != "Output" and name in self._parameters:
+            return "Parameter"
+        if type != "Parameter" and name in self._output_names:
+            return "Output"
+        kind = "parameter or output" if type == "Default" else type.lower()
+        near = nearest(name, self.names(type))
+        raise FigureError("UnknownQuantity", kind=kind, name=name, nearest=near)
+
+    def cells(self, name: str, type: str = "Default") -> Sequence[Any]:
+        if self.type_of(name, type) == "Parameter":
+            return self._parameters[name]
+        return [each.get(name) if each else None for each in self._outputs]
+
+    def default(self, kind: str, axis: str) -> tuple[str, str] | None:
+        """What an axis of a kind of figure plots when nothing says what: type and name.
+
+        Parameters along X, and Y of a surface; the first output along the last axis.
+        """
+        if axis == {"SurfPlot": "Z", "Histogram": "X"}.get(kind, "Y"):
+            names, place, type = list(self._output_names), 0, "Output"
+        else:
+            parameters = [name for name in self._parameters if name != "run"]
+            place, type = "XYZ".index(axis), "Parameter"
+            names = parameters or ["run"]
+        return (type, names[place]) if place < len(names) else None
+
+
+# Axes --------------------------------------------------------------------------------------------
+
+
+class Axis:
+    """One axis of a properties object: its sources, reduction, label, limits and grid."""
+
+    def __init__(self, properties: Any, letter: str) -> None:
+        def read(suffix: str, missing: Any = None) -> Any:
+            return getattr(properties, letter + suffix, missing)
+
+        self.letter = letter
+        self.sources = [(each.type, each.value, each.label) for each in read("DataSources")]
+        spec = read("Data")
+        self.id = spec.Id if spec else ""
+        self.reduce = (spec.ProcessingType if spec else None) or design.DataProcessingType.End
+        self.label, self.grid = read("Label"), read("Grid", False)
+        self.is_final = properties.DataSourcesFinalized
+        self._limits = None if read("LimMode") else (read("Min"), read("Max"))
+
+    @property
+    def limits(self) -> tuple[float, float] | None:
+        """None when they follow the data."""
+        if self._limits is not None:
+            low, high = self._limits
+            if not (numpy.isfinite(self._limits).all() and low < high):
+                raise FigureError("InvalidLimits", axis=self.letter, minimum=low, maximum=high)
+        return self._limits
+
+
+def values_of(axis: Axis, runs: Runs, kind: str, shared: Iterable[Any] = ()) -> list[Values]:
+    """What an axis plots, one `Values` for each data source; none for a color axis without.
+
+    `shared` are the data sources of the view, among which the axis' Id may also be found.
+    """
+    reduce = axis.reduce.name
+    return [
+        _reduced(name, label or _label(name, cells, reduce), cells, reduce)
+        for type, name, label in _chosen(axis, runs, kind, shared)
+        for cells in [runs.cells(name, type)]
+    ]
+
+
+def _chosen(
+    axis: Axis, runs: Runs, kind: str, shared: Iterable[Any]
+) -> Iterable[tuple[str, str, str]]:
+    """Type, name and label of each source: the one that Id names, or all of the axis."""
+    sources = axis.sources
+    if axis.id:
+        known = [*sources, *((each.type, each.value, each.label) for each in shared)]
+        sources = [each for each in known if axis.id in each[1:]][:1]
+        if not sources and axis.id in runs.names():
+            sources = [(None, axis.id, "")]
+        if not sources:
+            names = [name for each in known for name in each[1:]]
+            near = nearest(axis.id, [*names, *runs.names()])
+            raise FigureError("UnknownDataSource", axis=axis.letter, name=axis.id, nearest=near)
+    elif not sources and axis.letter != "C" and not axis.is_final:
+        sources = [(None, "", "")]
+    for type, name, label in sources:
+        type = type.name if type else "Default"
+        found = runs.default(kind, axis.letter) if (type, name) == ("Default", "") else (type, name)
+        if found is None:
+            raise FigureError("NoData", axis=axis.letter)
+        yield (*found, label)
+    if not sources and axis.letter != "C":
+        raise FigureError("NoData", axis=axis.letter)
+
+
+def _label(name: str, cells: Sequence[Any], reduce: str) -> str:
+    is_reduced = reduce in ("Min", "Max", "Mean") and any(map(_is_row, cells))
+    return f"{name} ({reduce.lower()})" if is_reduced else name
+
+
+def _is_row(cell: Any) -> bool:
+    return isinstance(cell, list | tuple) or getattr(cell, "ndim", 0) > 0
+
+
+def _is_text(cell: Any) -> bool:
+    return isinstance(cell, str | bool | numpy.bool_)
+
+
+def _reduced(name: str, label: str, cells: Sequence[Any], reduce: str) -> Values:
+    if any(map(_is_text, cells)):
+        return _categories(name, label, cells)
+    if all(cell is None or isinstance(cell, Real) for cell in cells):
+        return Values(label, numpy.array(cells, dtype=float))
+    rows = [_row(name, run, cell) for run, cell in enumerate(cells, 1)]
+    if reduce == "Trace" and any(map(_is_row, cells)):
+        return Values(label, None, traces=rows)
+    reduction = REDUCTIONS.get(reduce, REDUCTIONS["End"])
+    return Values(label, numpy.array([reduction(row) if row.size else numpy.nan for row in rows]))
+
+
+def _row(name: str, run: int, cell: Any) -> Any:
+    """A run's numbers; a single one is a row of one."""
+    if cell is None:
+        return numpy.empty(0)
+    if isinstance(cell, Real):
+        return numpy.array([cell], dtype=float)
+    try:
+        row = numpy.asarray(cell)
+    except ValueError:
+        row = numpy.empty((0, 0))
+    if row.dtype.kind not in "biuf" or row.size != max(row.shape, default=1):
+        is_array = row.ndim > 1 and row.size
+        kind = f"an array of {row.shape}" if is_array else f"a {type(cell).__name__}"
+        raise FigureError("NotPlottable", name=name, run=run, kind=kind)
+    return row.ravel().astype(float)
+
+
+def _categories(name: str, label: str, cells: Sequence[Any]) -> Values:
+    """Texts stand side by side, in the order in which they first occur; numbers among them too."""
+    places: dict[str, int] = {}
+    numbers = numpy.full(len(cells), numpy.nan)
+    for k, cell in enumerate(cells):
+        if cell is None:
+            continue
+        if not _is_text(cell):
+            cell = f"{_row(name, k + 1, cell)[-1]:g}"
+        numbers[k] = places.setdefault(str(cell), len(places))
+    return Values(label, numbers, categories=list(places))

@@ -1,0 +1,126 @@
+"""Figures with Matplotlib: from the properties in the model to a picture."""
+
+from __future__ import annotations
+
+import io
+from collections.abc import Callable, Sequence
+from typing import Any
+
+import matplotlib
+import numpy
+from matplotlib.figure import Figure
+
+from kxsim.figures import _plots, _surface
+from kxsim.figures._data import Axis, Runs, Values, values_of
+from kxsim.figures._errors import FigureError, nearest
+
+# The default's name belongs to another plotting library; this one is as uniform to the eye, also
+# to one that is blind to some colors.
+SYNONYMS = {"parula": "viridis"}
+
+STYLE = {
+    "font.size": 10,
+    "axes.titlesize": 12,
+    "axes.titleweight": "bold",
+    "axes.titlepad": 10,
+    "axes.spines.top": False,
+    "axes.spines.right": False,
+    "axes.edgecolor": "#666666",
+    "axes.labelcolor": "#222222",
+    "axes.axisbelow": True,
+    "axes.formatter.limits": (-4, 5),
+    "xtick.color": "#444444",
+    "ytick.color": "#444444",
+    "grid.color": "#dddddd",
+    "grid.linewidth": 0.8,
+    "legend.frameon": False,
+    "savefig.dpi": 160,
+    "svg.fonttype": "none",
+    # Texts mean what they say: "$" is a currency.
+    "text.parse_math": False,
+}
+
+
+class Picture(Figure):
+    """A Matplotlib figure that notebooks show without pyplot."""
+
+    def _repr_png_(self) -> bytes:
+        return encoded(self, "png")
+
+
+class Sheet:
+    """A picture in the making: the figure's properties, the runs and which of them are selected."""
+
+    def __init__(self, kind: str, properties: Any, runs: Runs, selected: Sequence[int]) -> None:
+        self.kind, self.properties, self.runs = kind, properties, runs
+        self.selected = numpy.isin(numpy.arange(1, runs.count + 1), list(selected))
+        self.picture = Picture(figsize=(6.4, 4.4), dpi=110, layout="constrained")
+        self.picture.get_layout_engine().set(w_pad=0.1, h_pad=0.1)
+        self.shown = numpy.zeros(runs.count, dtype=bool)
+        self.notes: list[str] = []
+
+    def values(self, axis: Axis, shared: Any = ()) -> list[Values]:
+        return values_of(axis, self.runs, self.kind, shared)
+
+    def show(self, present: Any) -> Any:
+        """Which runs with something to show are shown; they are counted."""
+        present = present & self.runs.finished
+        self.shown |= present
+        return present
+
+    @property
+    def colors(self) -> Any:
+        return color_map(self.properties.ColorMap)
+
+
+def color_map(name: str) -> Any:
+    """FigureError for a name that Matplotlib does not know."""
+    known = matplotlib.colormaps
+    if name not in known and name not in SYNONYMS:
+        raise FigureError("UnknownColorMap", name=name, nearest=nearest(name, [*SYNONYMS, *known]))
+    return known[SYNONYMS.get(name, name)]
+
+
+DRAWERS: dict[str, Callable[[Sheet, Sequence[Any]], None]] = {
+    "ScatterPlot": _plots.scatter,
+    "Histogram": _plots.histogram,
+    "SurfPlot": _surface.surface,
+}
+
+
+def encoded(picture: Figure, format: str) -> bytes:
+    """A picture as the contents of a file."""
+    buffer = io.BytesIO()
+    with matplotlib.rc_context(STYLE):
+        picture.savefig(buffer, format=format)
+    return buffer.getvalue()
+
+
+def draw(
+    sheet: Sheet, shared: Sequence[Any], custom: Callable[[Sheet], None] | None = None
+) -> Picture:
+    """The picture of a figure, by its kind or by `custom`; FigureError for what cannot be drawn.
+
+    `shared` are the data sources of the view.
+    """
+    with matplotlib.rc_context(STYLE):
+        if custom:
+            custom(sheet)
+        else:
+            DRAWERS[sheet.kind](sheet, shared)
+            _finish(sheet)
+    return sheet.picture
+
+
+def _finish(sheet: Sheet) -> None:
+    """The title, and under the plot what it does not show."""
+    if not sheet.shown.any():
+        raise FigureError("NothingToShow")
+    axes = sheet.picture.axes[0]
+    axes.set_title(sheet.properties.Title, loc="center" if axes.name == "3d" else "left")
+    hidden = sheet.runs.count - int(sheet.shown.sum())
+    if hidden:
+        sheet.notes.append(f"{hidden:,} of {sheet.runs.count:,} runs not shown")
+    if sheet.notes:
+        note = {"x": 0.99, "ha": "right", "fontsize": 8, "color": "#777777"}
+        sheet.picture.supxlabel("; ".join(sheet.notes), **note)

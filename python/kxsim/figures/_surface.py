@@ -1,0 +1,120 @@
+"""Surfaces: over a grid of points where there is one, over triangles otherwise."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from typing import Any
+
+import numpy
+from matplotlib.ticker import AutoLocator, MaxNLocator
+
+from kxsim.figures import _plots
+from kxsim.figures._data import Axis, Values
+from kxsim.figures._errors import FigureError
+
+# Points that have room for lines between them.
+MOST_WITH_LINES = 600
+
+
+def surface(sheet: Any, shared: Sequence[Any]) -> None:
+    """Axis Z over X and Y, colored by Z. Points that several runs share show their mean."""
+    x, y, z = (Axis(sheet.properties, letter) for letter in "XYZ")
+    columns = [_only(axis, sheet.values(axis, shared)) for axis in (x, y, z)]
+    points, runs = _points(sheet, columns)
+    merged, most = _merged(points)
+    if most > 1:
+        sheet.notes.append(f"mean of up to {most:,} values at a point")
+    axes = sheet.picture.add_subplot(projection="3d")
+    scale = _plots.color_scale(sheet, z, Values("", merged[2]), slice(None))
+    is_selection = sheet.selected[runs].any()
+    look = {"cmap": scale[0], "norm": scale[1], "alpha": 0.45 if is_selection else 1.0}
+    _add_surface(axes, merged, look | {"gid": "surface"})
+    if is_selection:
+        dots = {"c": "black", "edgecolors": "white", "s": 45, "depthshade": False, "zorder": 10}
+        axes.computed_zorder = False
+        axes.scatter(*points[:, sheet.selected[runs]], **dots, gid="selected")
+    for axis, values in zip((x, y, z), columns, strict=True):
+        _plots.set_up(axes, axis, [values])
+    _dress(axes)
+    if sheet.properties.Colorbar:
+        _plots.add_color_bar(sheet, axes, z, columns[2], scale)
+
+
+def _only(axis: Axis, values: list[Values]) -> Values:
+    if len(values) > 1:
+        raise FigureError("TooManySources", axis=axis.letter, count=len(values))
+    return values[0]
+
+
+def _points(sheet: Any, columns: Sequence[Values]) -> tuple[Any, Any]:
+    """x, y and z of each point, and which run each is of. Single values go along with traces."""
+    present = sheet.show(numpy.logical_and.reduce([each.present for each in columns]))
+    points, runs = [numpy.empty((3, 0))], [numpy.empty(0, dtype=int)]
+    for k in numpy.flatnonzero(present):
+        rows = [each.numbers[k] if each.traces is None else each.traces[k] for each in columns]
+        try:
+            rows = numpy.array(numpy.broadcast_arrays(*rows)).reshape(3, -1)
+        except ValueError:
+            _tell_lengths(k, rows)
+        points.append(rows)
+        runs.append(numpy.full(rows.shape[1], k))
+    together, of_run = numpy.concatenate(points, axis=1), numpy.concatenate(runs)
+    finite = numpy.isfinite(together).all(axis=0)
+    if not present.any():
+        raise FigureError("NothingToShow")
+    return together[:, finite], of_run[finite]
+
+
+def _tell_lengths(k: int, rows: Sequence[Any]) -> None:
+    (axis, count), (other, others) = [
+        (letter, numpy.size(row))
+        for letter, row in zip("XYZ", rows, strict=True)
+        if numpy.ndim(row)
+    ][-2:]
+    fields = {"run": int(k) + 1, "axis": axis, "count": count, "other": other, "others": others}
+    raise FigureError("TraceLengthsDiffer", fields)
+
+
+def _merged(points: Any) -> tuple[Any, int]:
+    """Each place once with the mean of its heights, ordered by x, then y; and the most of one."""
+    places, which, counts = numpy.unique(
+        points[:2].T, axis=0, return_inverse=True, return_counts=True
+    )
+    heights = numpy.bincount(which.ravel(), points[2]) / counts
+    return numpy.vstack([places.T, heights]), int(counts.max(initial=0))
+
+
+def _add_surface(axes: Any, points: Any, look: dict[str, Any]) -> None:
+    """On a grid where at least half of its points are there, with holes for the others."""
+    x, y, z = points
+    has_lines = len(z) <= MOST_WITH_LINES
+    lines = {"edgecolor": "white", "linewidth": 0.25} if has_lines else {"antialiased": False}
+    look = look | lines
+    (xs, across), (ys, along) = (numpy.unique(each, return_inverse=True) for each in (x, y))
+    if min(len(xs), len(ys)) >= 2 and 2 * len(z) >= len(xs) * len(ys):
+        heights = numpy.full((len(ys), len(xs)), numpy.nan)
+        heights[along, across] = z
+        grid = (*numpy.meshgrid(xs, ys), heights)
+        axes.plot_surface(*grid, rcount=200, ccount=200, **look, axlim_clip=True)
+        return
+    if not _spans_a_plane(points[:2]):
+        raise FigureError("NotASurface", count=len(z))
+    axes.plot_trisurf(x, y, z, **look, axlim_clip=True)
+
+
+def _spans_a_plane(places: Any) -> bool:
+    if places.shape[1] < 3:
+        return False
+    spread = places - places.mean(axis=1, keepdims=True)
+    largest = numpy.abs(spread).max(axis=1, keepdims=True)
+    return bool(numpy.linalg.matrix_rank(spread / numpy.maximum(largest, 1e-300), tol=1e-9) == 2)
+
+
+def _dress(axes: Any) -> None:
+    axes.view_init(elev=24, azim=-128)
+    for axis in (axes.xaxis, axes.yaxis, axes.zaxis):
+        axis.set_pane_color((0.97, 0.97, 0.97, 1.0))
+        axis.line.set_color("#999999")
+        axis.labelpad = 6
+        if isinstance(axis.get_major_locator(), AutoLocator):
+            axis.set_major_locator(MaxNLocator(5))

@@ -1,0 +1,392 @@
+"""What a drawn figure contains, element by element, and what cannot be drawn."""
+
+import io
+
+import numpy as np
+import pytest
+from kxsim import design
+from kxsim.figures import FigureError, Figures, data
+from kxsim.study import grid, values
+from matplotlib.collections import LineCollection
+from matplotlib.colors import same_color
+
+TIMES = np.array([0.0, 1.0, 2.0])
+
+
+def simulate(run):
+    if run["a"] == 3 and run["b"] == 20:
+        raise ValueError("unstable")
+    sign = -1 if run["b"] == 20 else 1
+    return {
+        "sum": run["a"] + run["b"],
+        "time": TIMES,
+        "trace": [run["a"], 5.0, sign],
+        "size": "large" if run["a"] > 1 else "small",
+    }
+
+
+@pytest.fixture(scope="module")
+def results():
+    """Six runs: a = 1, 2, 3 and then again, b = 10 three times and then 20; the last fails."""
+    return grid(a=[1, 2, 3], b=[10, 20]).run(simulate, executor="serial", progress=False)
+
+
+@pytest.fixture
+def figures(results):
+    made = Figures(results)
+    yield made
+    made.view.destroy()
+    for properties in made.model.elements(design.FigureProperties):
+        properties.destroy()
+
+
+def axes_of(figures, figure=None):
+    return figures.draw(figure).axes[0]
+
+
+def layer(axes, name):
+    found = [each for each in axes.collections if each.get_gid() == name]
+    assert len(found) == 1
+    return found[0]
+
+
+def points(axes, name="runs"):
+    return layer(axes, name).get_offsets().tolist()
+
+
+def heights(axes, name="runs"):
+    return [bar.get_height() for bar in axes.patches if bar.get_gid() == name]
+
+
+def one(cells, output=None):
+    """Results of one column and one output."""
+    study = values("a", cells)
+    return study.run(lambda run: {"y": output}, executor="serial", progress=False)
+
+
+def test_a_scatter_plot_shows_the_finished_runs_and_says_how_many_it_leaves_out(figures):
+    figures.scatter(x="a", y="sum", Title="Sums", YLabel="a + b")
+    picture = figures.draw()
+    axes = picture.axes[0]
+    assert points(axes) == [[1, 11], [2, 12], [3, 13], [1, 21], [2, 22]]
+    assert (axes.get_xlabel(), axes.get_ylabel()) == ("a", "a + b")
+    assert axes.get_title("left") == "Sums" and len(picture.axes) == 1
+    assert picture.get_supxlabel() == "1 of 6 runs not shown"
+
+
+def test_colors_follow_a_quantity_its_limits_and_the_named_map(figures):
+    figures.scatter(x="a", y="sum", c="b", CLabel="gain", ColorMap="plasma")
+    picture = figures.draw()
+    shown = layer(picture.axes[0], "runs")
+    assert shown.get_array().tolist() == [10, 10, 10, 20, 20]
+    assert shown.get_clim() == (10, 20) and shown.get_cmap().name == "plasma"
+    assert picture.axes[1].get_ylabel() == "gain"
+    figures.change("CMax", 40.0)
+    figures.change("CLimMode", False)
+    figures.change("Colorbar", False)
+    picture = figures.draw()
+    assert layer(picture.axes[0], "runs").get_clim() == (0, 40) and len(picture.axes) == 1
+    figures.change("ColorMap", "parula")
+    assert layer(axes_of(figures), "runs").get_cmap().name == "viridis"
+
+
+@pytest.mark.parametrize("make", ["scatter", "surface", "histogram"])
+def test_limits_hold_or_follow_and_grids_are_each_axis_own(figures, make):
+    sources = {"x": "a"} if make == "histogram" else {"x": "a", "y": "b"}
+    getattr(figures, make)(**sources, XMin=-1, XMax=7, YGrid=True)
+    axes = axes_of(figures)
+    assert axes.get_xlim() == (-1, 7) and axes.get_ylim()[1] < 30
+    grids = [axes.xaxis, axes.yaxis]
+    if make == "surface":
+        assert [axis.gridlines.get_visible() for axis in grids] == [False, True]
+    else:
+        assert [any(g.get_visible() for g in a.get_gridlines()) for a in grids] == [False, True]
+    figures.change("XLimMode", True)
+    assert axes_of(figures).get_xlim()[0] > 0
+
+
+@pytest.mark.parametrize(
+    ("reduce", "expected"),
+    [("End", [1, 1, 1, -1, -1]), ("Min", [1, 1, 1, -1, -1]), ("Max", [5] * 5), ("Mean", None)],
+)
+def test_a_trace_is_reduced_to_one_value_a_run(figures, reduce, expected):
+    figures.scatter(x="a", y=data("trace", reduce=reduce))
+    axes = axes_of(figures)
+    expected = expected or [(a + 5 + s) / 3 for a, s in [(1, 1), (2, 1), (3, 1), (1, -1), (2, -1)]]
+    np.testing.assert_allclose([y for _, y in points(axes)], expected)
+    assert axes.get_ylabel() == ("trace" if reduce == "End" else f"trace ({reduce.lower()})")
+
+
+def test_traces_are_lines_of_their_own_over_time_or_over_their_samples(figures):
+    figures.scatter(x=data("time", "Trace"), y=data("trace", "Trace"), c="b")
+    lines = layer(axes_of(figures), "runs")
+    assert isinstance(lines, LineCollection) and len(lines.get_segments()) == 5
+    assert lines.get_segments()[3].tolist() == [[0, 1], [1, 5], [2, -1]]
+    assert lines.get_array().tolist() == [10, 10, 10, 20, 20]
+    figures.scatter(y=data("trace", "Trace"))
+    axes = axes_of(figures)
+    assert layer(axes, "runs").get_segments()[0].tolist() == [[1, 1], [2, 5], [3, 1]]
+    assert axes.get_xlabel() == "sample"
+    figures.scatter(y=data(["time", "trace"], "Trace"))
+    axes = axes_of(figures)
+    assert [len(each.get_segments()) for each in axes.collections] == [5, 5]
+    assert axes.get_xlabel() == "sample" and axes.get_ylabel() == ""
+
+
+def test_several_sources_are_series_with_a_legend(figures):
+    figures.scatter(x="a", y={"sum": "both", "b": ""})
+    axes = axes_of(figures)
+    first, second = axes.collections
+    assert first.get_offsets()[3].tolist() == [1, 21]
+    assert second.get_offsets()[3].tolist() == [1, 20]
+    assert [text.get_text() for text in axes.get_legend().get_texts()] == ["both", "b"]
+    assert not same_color(first.get_facecolor()[0], second.get_facecolor()[0])
+    assert axes.get_ylabel() == ""
+
+
+def test_texts_are_categories_in_the_order_of_their_first_run(figures):
+    figures.scatter(x="size", y="sum", c="size")
+    picture = figures.draw()
+    axes, bar = picture.axes
+    assert [text.get_text() for text in axes.get_xticklabels()] == ["small", "large"]
+    assert [x for x, _ in points(axes)] == [0, 1, 1, 0, 1]
+    assert [text.get_text() for text in bar.get_yticklabels()] == ["small", "large"]
+    figures.histogram("size")
+    assert heights(axes_of(figures)) == [2, 3]
+
+
+def test_a_histogram_counts_runs_and_of_traces_values(figures):
+    figures.histogram("sum", Title="Sums", XLabel="sum of both")
+    axes = axes_of(figures)
+    assert sum(heights(axes)) == 5 and axes.patches[0].get_x() == 11
+    assert (axes.get_xlabel(), axes.get_ylabel()) == ("sum of both", "runs")
+    figures.histogram(data("trace", "Trace"))
+    assert sum(heights(axes_of(figures))) == 15 and axes_of(figures).get_ylabel() == "values"
+    figures.histogram(["sum", "a"])
+    axes = axes_of(figures)
+    assert [text.get_text() for text in axes.get_legend().get_texts()] == ["sum", "a"]
+
+
+def test_a_surface_stands_on_its_grid_but_for_the_corner_where_a_run_failed(figures):
+    figures.surface(x="a", y="b", z="sum", ZLabel="height", Title="Sums")
+    picture = figures.draw()
+    axes, bar = picture.axes
+    surface = layer(axes, "surface")
+    np.testing.assert_allclose(surface.get_array(), [(11 + 12 + 21 + 22) / 4, (12 + 13 + 22) / 3])
+    assert surface.get_clim() == (11, 22)
+    assert (axes.get_zlabel(), bar.get_ylabel()) == ("height", "height")
+    assert axes.get_title() == "Sums"
+
+
+def test_a_surface_of_scattered_points_is_triangles():
+    study = grid([{"x": x, "y": y} for x, y in [(0, 0), (4, 1), (1, 3), (5, 5), (2, 7)]])
+    results = study.run(lambda run: {"z": run["x"]}, executor="serial", progress=False)
+    figures = Figures(results)
+    figures.surface(x="x", y="y", z="z")
+    assert len(layer(axes_of(figures), "surface").get_array()) >= 3
+    figures.surface(x="x", y="run", z="y", ColorMap="cividis")
+    assert layer(axes_of(figures), "surface").get_cmap().name == "cividis"
+
+
+def test_runs_that_share_a_point_of_a_surface_are_averaged_and_it_says_so():
+    study = grid(a=[0, 1], b=[0, 1], c=[10, 20])
+    results = study.run(lambda run: {"z": run["c"]}, executor="serial", progress=False)
+    figures = Figures(results)
+    figures.surface()
+    picture = figures.draw()
+    assert layer(picture.axes[0], "surface").get_array().tolist() == [15]
+    assert picture.get_supxlabel() == "mean of up to 2 values at a point"
+
+
+def test_traces_over_a_parameter_are_a_surface(figures):
+    figures.surface(x=data("time", "Trace"), y="a", z=data("trace", "Trace"))
+    assert len(layer(axes_of(figures), "surface").get_array()) == 4
+
+
+def test_selected_runs_stand_out_in_every_kind(figures):
+    figures.select([2, 4])
+    figures.scatter(x="a", y="sum")
+    axes = axes_of(figures)
+    assert points(axes, "selected") == [[2, 12], [1, 21]]
+    assert points(axes, "others") == [[1, 11], [3, 13], [2, 22]]
+    raised, faded = layer(axes, "selected"), layer(axes, "others")
+    assert raised.get_sizes()[0] > faded.get_sizes()[0] and raised.zorder > faded.zorder
+    assert raised.get_facecolor().mean() < faded.get_facecolor().mean()
+    figures.scatter(y=data("trace", "Trace"))
+    axes = axes_of(figures)
+    assert len(layer(axes, "selected").get_segments()) == 2
+    assert layer(axes, "others").get_alpha() < layer(axes, "selected").get_alpha()
+    figures.histogram("sum")
+    axes = axes_of(figures)
+    assert sum(heights(axes, "selected")) == 2 and sum(heights(axes)) == 5
+    figures.surface(x="a", y="b", z="sum")
+    assert len(points(axes_of(figures), "selected")) == 2
+    figures.select([6])  # failed, so nothing of it can stand out
+    figures.scatter(x="a", y="sum")
+    assert len(points(axes_of(figures))) == 5
+
+
+def test_a_figure_without_data_sources_takes_the_first_ones_unless_they_are_final(figures):
+    figure = figures.create("ScatterPlot")
+    axes = axes_of(figures)
+    assert (axes.get_xlabel(), axes.get_ylabel()) == ("a", "sum")
+    figures.create(design.FigureType.SurfPlot)
+    assert axes_of(figures).get_zlabel() == "sum"
+    figures.create("Histogram")
+    assert axes_of(figures).get_xlabel() == "sum"
+    figures.properties(figure).DataSourcesFinalized = True
+    with pytest.raises(FigureError) as caught:
+        figures.draw(figure)
+    assert caught.value.key == "NoData" and caught.value.fields["axis"] == "Y"
+
+
+def test_an_id_picks_among_the_sources_of_axis_and_view(figures):
+    figure = figures.scatter(x="a", y={"sum": "", "b": "the gain"})
+    spec = figures.properties(figure).YData
+    for name, second in [("b", 10), ("the gain", 10), ("run", 1)]:
+        spec.Id = name
+        assert points(axes_of(figures))[0] == [1, second]
+    spec.Id = "the gian"
+    with pytest.raises(FigureError, match="did you mean 'the gain'"):
+        figures.draw()
+
+
+def test_a_view_built_element_by_element_is_drawn(results):
+    model = results.job.model()
+    view = design.DesignView(model)
+    first = view.createIntoFigures(Id="one")
+    second = view.createIntoFigures(Id="two", Type="Histogram")
+    sources = {"XDataSources": [{"value": "sum"}], "XData": {"ProcessingType": "Max"}}
+    made = [design.ScatterPlotProperties(model, Title=title) for title in ("first", "second")]
+    third = design.ScatterPlotProperties(model, Title="third", **sources)
+    figures = Figures(results, view)
+    with pytest.raises(FigureError) as caught:
+        figures.draw("one")
+    assert caught.value.key == "NoProperties"
+    second.Id = third.identity()
+    with pytest.raises(FigureError):
+        figures.draw(first)
+    figures.link(first, made[1])
+    assert axes_of(figures, first).get_title("left") == "second"
+    assert axes_of(figures, second).get_title("left") == "third"
+    fourth = view.createIntoFigures(Id="four")
+    assert axes_of(figures, "four").get_title("left") == "first"
+    figures.delete(fourth)
+    assert not made[0].is_valid and made[1].is_valid
+    with pytest.raises(FigureError, match="not CustomPlotProperties"):
+        figures.link(first, design.CustomPlotProperties(model))
+    for element in (view, *model.elements(design.FigureProperties)):
+        element.destroy()
+
+
+def spread(plot):
+    axes = plot.figure.add_subplot()
+    axes.plot(plot.column("a")[plot.shown], plot.column("sum")[plot.shown], gid=plot.input)
+    axes.set_title(",".join(plot.column("size")[:2]) + str(plot.selected.sum()))
+
+
+def test_custom_plots_are_drawn_by_functions_and_by_names(figures):
+    figures.select([1])
+    figures.custom(spread, input="wide", Title="Spread")
+    picture = figures.draw()
+    line = picture.axes[0].lines[0]
+    assert line.get_xdata().tolist() == [1, 2, 3, 1, 2] and line.get_gid() == "wide"
+    assert (picture.get_suptitle(), picture.axes[0].get_title()) == ("Spread", "small,large1")
+    entry = figures.register("builtins:repr", label="By name")
+    assert entry == figures.register("builtins:repr")
+    assert (entry.GalleryLabel, entry.owner().PlotConfigs[1]) == ("By name", entry)
+    figures.custom(entry.identity())
+    assert isinstance(figures.draw(), type(picture))
+    figures.custom(lambda plot: plot.column("smu"))
+    with pytest.raises(FigureError, match="did you mean 'sum'") as caught:
+        figures.draw()
+    assert "custom plot" in caught.value.__notes__[0]
+
+
+def test_pictures_are_saved_all_or_none(figures, tmp_path):
+    figures.scatter(x="a", y="sum", Title="Sum & a: 50 %")
+    figures.histogram("sum")
+    paths = figures.save(tmp_path / "new" / "folder")
+    assert [path.name for path in paths] == ["01-sum-a-50.png", "02-histogram.png"]
+    assert all(path.read_bytes()[:4] == b"\x89PNG" for path in paths)
+    assert b"Sum &amp; a: 50 %" in figures.save(tmp_path, format="svg")[0].read_bytes()
+    figures.properties().XDataSources[0].value = "gone"
+    with pytest.raises(FigureError):
+        figures.save(tmp_path / "none")
+    assert not (tmp_path / "none").exists()
+
+
+def test_notebooks_show_pictures(figures):
+    figures.scatter(x="a", y="sum")
+    assert figures.draw()._repr_png_()[:4] == b"\x89PNG"
+    assert figures._repr_html_().startswith('<img width="640" src="data:image/png;base64,iVBOR')
+    figures.draw().savefig(io.BytesIO(), format="pdf")
+
+
+MAKING = [
+    (lambda f: f.scatter(x="aa", y="sum"), "UnknownQuantity", "'aa'; did you mean 'a'"),
+    (lambda f: f.scatter(x=data("a", type="Output"), y="sum"), "UnknownQuantity", "no output 'a'"),
+    (lambda f: f.scatter(x="a", y=data("sum", reduce="max")), "UnknownReduction", "'Max'"),
+    (lambda f: f.scatter(x="a", y="sum", Titel="x"), "UnknownProperty", "'Title'"),
+    (lambda f: f.histogram("a", ZMin=1), "UnknownProperty", "'XMin'|'ZMin'"),
+    (lambda f: f.scatter(x="a", y="sum", XMin=3), "InvalidLimits", "3 and 0"),
+    (lambda f: f.scatter(x="a", y="sum", YMin=float("nan"), YMax=1), "InvalidLimits", "axis Y"),
+    (lambda f: f.surface(x="a", y="b", z="sum", ColorMap="Virids"), "UnknownColorMap", "'viridis'"),
+    (lambda f: f.custom("nowhere"), "UnknownPlot", "'nowhere'"),
+    (lambda f: f.register("nowhere"), "PlotClassNotFound", "module:function"),
+    (lambda f: f.register("os:nope"), "PlotClassNotFound", "nope"),
+    (lambda f: f.register("os:name"), "PlotClassNotFound", "callable"),
+    (lambda f: f.create("Pie"), "UnknownKind", "'Pie'"),
+]
+
+
+@pytest.mark.parametrize(("mistake", "key", "words"), MAKING)
+def test_a_figure_that_cannot_be_is_not_made(figures, mistake, key, words):
+    before = len(figures.model)
+    with pytest.raises(FigureError, match=words) as caught:
+        mistake(figures)
+    assert caught.value.key == key and len(figures.model) == before and len(figures) == 0
+
+
+DRAWING = [
+    (lambda f: f.scatter(x="a", y=data("trace", "Trace")), "TraceNeedsTrace", "axis Y has a trace"),
+    (lambda f: f.scatter(x=["a", "b"], y=["a", "b", "sum"]), "SourcesDoNotMatch", "2 .* 3"),
+    (lambda f: f.scatter(x="a", y="b", c=["a", "b"]), "TooManySources", "axis C .* not 2"),
+    (lambda f: f.surface(x="a", y="b", z=["a", "b"]), "TooManySources", "axis Z"),
+    (lambda f: f.surface(x="a", y="a", z="sum"), "NotASurface", "there are 3"),
+    (lambda f: f.histogram("sum", Id="counts") and f.draw("count"), "UnknownFigure", "'counts'"),
+]
+
+
+@pytest.mark.parametrize(("make", "key", "words"), DRAWING)
+def test_what_cannot_be_drawn_says_why(figures, make, key, words):
+    with pytest.raises(FigureError, match=words) as caught:
+        make(figures)
+        figures.draw()
+    assert caught.value.key == key
+
+
+@pytest.mark.parametrize(
+    ("cells", "output", "key", "words"),
+    [
+        ([1, 2], {"x": 1}, "NotPlottable", "'y' of run 1 is a dict"),
+        ([1, 2], np.ones((2, 2)), "NotPlottable", r"array of \(2, 2\)"),
+        ([1, 2], float("nan"), "NothingToShow", "no run"),
+        ([[1, 2], [1]], [3, 4], "TraceLengthsDiffer", "run 2 has 1 values .* and 2"),
+    ],
+)
+def test_values_that_no_axis_can_show(cells, output, key, words):
+    with pytest.raises(FigureError, match=words) as caught:
+        figures = Figures(one(cells, output))
+        figures.scatter(x=data("a", "Trace"), y=data("y", "Trace"))
+        figures.draw()
+    assert caught.value.key == key
+
+
+def test_a_name_that_is_a_parameter_and_an_output_needs_a_type():
+    results = values("y", [1, 2]).run(lambda run: {"y": 5}, executor="serial", progress=False)
+    figures = Figures(results)
+    with pytest.raises(FigureError, match="source's type says which"):
+        figures.scatter(x="run", y="y")
+    figures.scatter(x=data("y", type="Parameter"), y=data("y", type="Output"))
+    assert points(axes_of(figures)) == [[1, 5], [2, 5]]
