@@ -7,9 +7,23 @@ ARGS ?=
 help: ## List these targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 
-demo: ## Build what it needs and run the motor study (ARGS="--help" for its options)
+# The Python package in .venv, optimised. CMake builds the libraries, which shows how far it is;
+# what is left for pip takes seconds.
+define release-wheel
+@scripts/quietly.sh cmake --preset release
+@cmake --build --preset release --target kxsim_design
+@scripts/quietly.sh .venv/bin/python -m pip install --disable-pip-version-check --no-deps \
+  --no-build-isolation -C build-dir=build/release -C cmake.build-type=Release .
+endef
+
+demo: ## Set up and run the motor study in Python: tables, pictures (ARGS="--help" for its options)
 	@scripts/setup.sh demo
-	@scripts/quietly.sh cmake --preset release
+	$(release-wheel)
+	@.venv/bin/python examples/motor_study.py $(ARGS)
+
+demo-cpp: ## Build and run the motor study written in C++ (ARGS="--help" for its options)
+	@scripts/setup.sh demo-cpp
+	@scripts/quietly.sh cmake --preset release -DKXSIM_EXAMPLES=ON
 	@cmake --build --preset release --target motor_study
 	@build/release/examples/motor_study --output build/motor_study.csv $(ARGS)
 
@@ -29,9 +43,8 @@ bench-counts: ## Count instructions and hold them against the record (ARGS="--up
 	@python3 bench/counts.py build/release/bench/kxsim_bench $(ARGS)
 
 bench-python: ## Measure what Python pays beside plain Python, in the release build, one table
-	@scripts/setup.sh test
-	@scripts/quietly.sh .venv/bin/python -m pip install --disable-pip-version-check --no-deps \
-	  --no-build-isolation -C build-dir=build/release -C cmake.build-type=Release .
+	@scripts/setup.sh demo
+	$(release-wheel)
 	@.venv/bin/python bench/python.py
 
 bench-build: ## Measure a clean release build, the generator and the libraries' sizes
@@ -71,7 +84,7 @@ lines: ## Count the lines of code by area, and the generated ones against their 
 	@python3 tools/count_lines.py build/dev/gen
 
 install: ## Install the libraries and headers under PREFIX (/usr/local)
-	@scripts/setup.sh demo
+	@scripts/setup.sh build
 	@scripts/quietly.sh cmake --preset release
 	@cmake --build --preset release
 	@cmake --install build/release --prefix $(PREFIX)
@@ -79,4 +92,4 @@ install: ## Install the libraries and headers under PREFIX (/usr/local)
 clean: ## Remove everything that was built
 	rm -rf build
 
-.PHONY: help demo test bench bench-counts bench-python bench-build tsan fuzz format tidy reference lines install clean
+.PHONY: help demo demo-cpp test bench bench-counts bench-python bench-build tsan fuzz format tidy reference lines install clean

@@ -11,6 +11,7 @@ study.
 import math
 
 import kxsim
+from kxsim.figures import Figures
 from kxsim.study import draws, grid, zipped
 
 kxsim.seed(1)
@@ -29,6 +30,19 @@ def simulate(run):
     capacitance = run["capacitance"] * (1 + run["capacitance_error"])
     cut_off = 1 / (2 * math.pi * resistance * capacitance)
     return {"cut_off": cut_off, "attenuation_at_1_kHz": 1 / math.hypot(1, 1e3 / cut_off)}
+
+
+def figures(results):
+    pictures = Figures(results)
+    pictures.histogram("cut_off", XLabel="cut-off (Hz)", Title="A thousand filters")
+    pictures.scatter(
+        x="resistance_error",
+        y="cut_off",
+        c="capacitance_error",
+        YLabel="cut-off (Hz)",
+        Title="The capacitor decides",
+    )
+    return pictures
 
 
 if __name__ == "__main__":

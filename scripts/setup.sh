@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Installs what a command needs and this machine lacks; does nothing, fast, when nothing is missing.
 #
-#   scripts/setup.sh demo|test|build|bench|counts|tsan|fuzz|tidy|format
+#   scripts/setup.sh demo|demo-cpp|test|build|bench|counts|tsan|fuzz|tidy|format
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-need=${1:?usage: scripts/setup.sh demo|test|build|bench|counts|tsan|fuzz|tidy|format}
+need=${1:?usage: scripts/setup.sh demo|demo-cpp|test|build|bench|counts|tsan|fuzz|tidy|format}
 requirements=scripts/requirements-build.txt
 
 # Debian package, the command it brings.
@@ -22,17 +22,18 @@ tests=("libgtest-dev gtest/gtest.h")
 benchmarks=("libbenchmark-dev benchmark/benchmark.h")
 
 case $need in
-  demo) headers+=("${examples[@]}") ;;
+  demo) requirements=scripts/requirements-demo.txt ;;
+  demo-cpp) headers+=("${examples[@]}") ;;
   test)
     commands+=("git git")
     headers+=("${examples[@]}" "${tests[@]}" "${benchmarks[@]}")
     requirements=scripts/requirements-test.txt
     ;;
   build) ;;
-  bench) headers+=("${examples[@]}" "${benchmarks[@]}") ;;
+  bench) headers+=("${benchmarks[@]}") ;;
   counts)
     commands+=("valgrind valgrind")
-    headers+=("${examples[@]}" "${benchmarks[@]}")
+    headers+=("${benchmarks[@]}")
     ;;
   tsan) headers+=("${tests[@]}") ;;
   fuzz) commands+=("clang clang++") ;;
@@ -76,7 +77,7 @@ missing_venv() {
 
 # The Python package is built against the headers of the Python that runs it.
 missing_python_headers() {
-  [[ $need == test ]] || return 0
+  [[ $need == test || $need == demo ]] || return 0
   local python=python3
   [[ ! -x .venv/bin/python ]] || python=.venv/bin/python
   "$python" -c 'import os, sysconfig
@@ -109,15 +110,18 @@ install_packages() {
   fi
 }
 
-# The stamp holds what was installed; the contributors' list includes the builders'.
+# A stamp for each list holds what was installed. A longer list includes the shorter ones.
 install_python_packages() {
-  local wanted stamp=.venv/installed-$(basename "$requirements")
+  local wanted list stamp=.venv/installed-$(basename "$requirements")
   wanted=$(cat scripts/requirements-*.txt)
   [[ -e $stamp && $(<"$stamp") == "$wanted" ]] && return 0
   [[ -x .venv/bin/python ]] || python3 -m venv .venv
   echo "setup: installing Python packages into .venv"
   scripts/quietly.sh .venv/bin/python -m pip install --quiet --disable-pip-version-check -r "$requirements"
-  printf '%s\n' "$wanted" | tee "$stamp" >.venv/installed-requirements-build.txt
+  for list in build demo test; do
+    printf '%s\n' "$wanted" >".venv/installed-requirements-$list.txt"
+    [[ $requirements == *-$list.txt ]] && break
+  done
 }
 
 missing=$(missing_commands; missing_headers; missing_venv; missing_python_headers; missing_runtime)

@@ -58,5 +58,6 @@ step "Directions of includes" check_directions
 step "Build with address and undefined-behaviour sanitizers" build asan
 step "Tests under the sanitizers" ctest --preset asan
 step "Install the Python package" install_python_package
+export KXSIM_EXAMPLES=build/dev/examples
 step "Python" run_pytest tests/python
 printf '\nmake test: all %d steps passed in %d s\n' "$steps" "$SECONDS"

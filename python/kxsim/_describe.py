@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 from collections import Counter
 from collections.abc import Iterable, Iterator, Mapping, Sequence
 from typing import Any
@@ -94,11 +95,11 @@ def _blocks(space: Any) -> list[list[str]]:
 
 
 def _distribution(source: Any) -> str:
-    """Frozen SciPy distributions by name and arguments, all others as they show themselves."""
+    """The host's and frozen SciPy ones by name and arguments, others as they show themselves."""
     source = getattr(source, "source", source)
     name = getattr(getattr(source, "dist", None), "name", None)
     if name is None:
-        return repr(source)
+        return re.sub(r"^<kxsim\.dist\.(\w+) object( \(.*\))?>$", r"\1\2", repr(source))
     words = [*map(repr, source.args), *(f"{key}={value!r}" for key, value in source.kwds.items())]
     return f"{name}({', '.join(words)})"
 
@@ -117,8 +118,12 @@ def _preview(values: Any, shown: int = 4) -> str:
 
 
 def _word(value: Any) -> str:
+    value = value.tolist() if hasattr(value, "tolist") else value
     if isinstance(value, float):
         return f"{value:g}"
+    if isinstance(value, list):
+        rest = f", ... of {len(value)}" if len(value) > 2 else ""
+        return f"[{', '.join(map(_word, value[:2]))}{rest}]"
     text = " ".join(str(value).split())
     return text if len(text) <= 24 else f"{text[:21]}..."
 

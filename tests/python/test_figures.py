@@ -214,8 +214,9 @@ def test_selected_runs_stand_out_in_every_kind(figures):
     assert raised.get_facecolor().mean() < faded.get_facecolor().mean()
     figures.scatter(y=data("trace", "Trace"))
     axes = axes_of(figures)
-    assert len(layer(axes, "selected").get_segments()) == 2
-    assert layer(axes, "others").get_alpha() < layer(axes, "selected").get_alpha()
+    raised, faded = layer(axes, "selected"), layer(axes, "others")
+    assert len(raised.get_segments()) == 2 and raised.zorder > faded.zorder
+    assert raised.get_color().mean() < faded.get_color().mean()
     figures.histogram("sum")
     axes = axes_of(figures)
     assert sum(heights(axes, "selected")) == 2 and sum(heights(axes)) == 5

@@ -40,6 +40,8 @@ def set_up(axes: Any, axis: Axis, values: Sequence[Values], label: str | None = 
     getattr(axes, f"set_{letter}label")(axis.label or label)
     limits = axis.limits
     categories = values[0].categories if values else None
+    if not categories and letter == "x":
+        axes.xaxis.get_major_locator().set_params(nbins=7)
     if categories:
         getattr(axes, f"set_{letter}ticks")(range(len(categories)), categories)
         limits = limits or (-0.5, len(categories) - 0.5)
@@ -184,13 +186,20 @@ def _pale(colors: Any, alpha: float) -> Any:
 def _add_lines(axes: Any, series: Series, chosen: Any, look: dict, colors: Any, scale: Any) -> None:
     places = numpy.flatnonzero(chosen)
     lines = [numpy.column_stack([series.x.traces[k], series.y.traces[k]]) for k in places]
-    how = {**look, "linewidths": 2.2 if look["gid"] == "selected" else 1.3}
-    if look["alpha"] is None:
+    is_crowded = len(chosen) >= 100
+    how = {**look, "linewidths": 0.7 if is_crowded else 1.3}
+    if look["gid"] == "selected":
+        how["linewidths"] = 1.2 if is_crowded else 2.2
+    elif look["gid"] == "runs":
         how["alpha"] = 0.9 if len(chosen) < 40 else 0.5
     if scale is None:
         how["colors"] = series.color
-    else:
+    elif look["gid"] != "others":
         how |= {"array": colors[chosen], "cmap": scale[0], "norm": scale[1]}
+    else:
+        how["colors"] = scale[0](scale[1](colors[chosen]))
+    if look["gid"] == "others":
+        how |= {"colors": _pale(how["colors"], look["alpha"]), "alpha": 1.0}
     axes.add_collection(LineCollection(lines, **how))
 
 
