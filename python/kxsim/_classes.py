@@ -6,12 +6,40 @@ import difflib
 import enum
 import types
 from collections.abc import Callable, Mapping
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 from kxsim import _host
 from kxsim._errors import HostError
 
+if TYPE_CHECKING:
+    from inspect import Signature
+
 _made: dict[str, type] = {}
+
+
+class _Kept:
+    """Stands for the first value of a property that is not given."""
+
+    def __repr__(self) -> str:
+        return "..."
+
+
+class _Signature:
+    """What `inspect.signature`, and so help and completion, are told of a class's constructor."""
+
+    def __get__(self, element: object, cls: type[HostObject]) -> Signature:
+        from inspect import Parameter, Signature
+
+        if not cls.__host_properties__:
+            raise AttributeError("__signature__")
+        settable = (
+            name
+            for name, is_plain in cls.__host_properties__.items()
+            if not is_plain or getattr(cls, name).fset
+        )
+        words = (Parameter(name, Parameter.KEYWORD_ONLY, default=_Kept()) for name in settable)
+        model = Parameter("model", Parameter.POSITIONAL_ONLY)
+        return Signature([model, Parameter("first", Parameter.VAR_POSITIONAL), *words])
 
 
 class HostObject(_host.Object):
@@ -23,6 +51,7 @@ class HostObject(_host.Object):
     __slots__ = ()
     __host_name__ = ""
     __host_properties__: Mapping[str, bool] = {}
+    __signature__ = _Signature()
 
     def __init__(self, *arguments: Any, **values: Any) -> None:
         cls = type(self)
@@ -50,16 +79,11 @@ class HostObject(_host.Object):
         return shown
 
     def _repr_html_(self) -> str:
-        from html import escape
+        from kxsim import _html
 
-        if not self.is_valid:
-            return escape(repr(self))
-        values = [(name, getattr(self, name)) for name in type(self).__host_properties__]
-        rows = "".join(
-            f"<tr><th>{escape(name)}</th><td>{escape(repr(value))}</td></tr>"
-            for name, value in values
-        )
-        return f"<table><caption>{escape(type(self).__host_name__)}</caption>{rows}</table>"
+        if not self.is_valid or not type(self).__host_properties__:
+            return _html.preformatted(repr(self))
+        return _html.element(self, list(type(self).__host_properties__))
 
 
 class NamedObject(HostObject):
@@ -184,7 +208,7 @@ def _class_doc(described: dict[str, Any]) -> str:
     constructor = next((m for m in described["members"] if m["kind"] == "constructor"), None)
     if constructor is None:
         return described["doc"]
-    return f"{described['doc']}\n\n{_signature(constructor)}\n    {constructor['doc']}"
+    return f"{described['doc']}\n\n{constructor['doc']}"
 
 
 def _signature(described: dict[str, Any]) -> str:

@@ -5,6 +5,7 @@ from __future__ import annotations
 import weakref
 from collections.abc import Callable, Iterable, Iterator, MutableSequence, Sequence
 from contextlib import contextmanager
+from itertools import islice
 from types import GenericAlias
 from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar, overload
 
@@ -145,6 +146,20 @@ class Element:
         return _host.invoke(self, "owner", (), _host.Reading.OPTIONAL)
 
 
+class Run:
+    """Mixed into kxsim.design.Iteration."""
+
+    __slots__ = ()
+
+    def __repr__(self) -> str:
+        if not self.is_valid:
+            return super().__repr__()
+        from kxsim._describe import values_of
+
+        words = [f"{name}={value!r}" for name, value in islice(values_of(self).items(), 6)]
+        return f"<{' '.join([type(self).__host_name__, *words])}>"
+
+
 class Collection:
     """Mixed into the live collections: a mutable sequence, each change one transaction."""
 
@@ -236,9 +251,7 @@ class Collection:
         return _listing(self, type(self).__host_name__) if self.is_valid else super().__repr__()
 
     def _repr_html_(self) -> str:
-        from html import escape
-
-        return escape(repr(self))
+        return _table(self, type(self).__host_name__) if self.is_valid else super()._repr_html_()
 
 
 def _listing(items: Sequence[Any], name: str, shown: int = 6) -> str:
@@ -248,11 +261,18 @@ def _listing(items: Sequence[Any], name: str, shown: int = 6) -> str:
     return f"<{name} of {len(items)}: [{', '.join(words + rest)}]>"
 
 
+def _table(items: Sequence[Any], name: str) -> str:
+    from kxsim import _html
+
+    return _html.listing(items, name)
+
+
 def _extend_object_arrays() -> None:
     Sequence.register(_host.ObjectArray)
     _host.ObjectArray.index = Sequence.index
     _host.ObjectArray.count = Sequence.count
     _host.ObjectArray.__repr__ = lambda self: _listing(self, self.host_class)
+    _host.ObjectArray._repr_html_ = lambda self: _table(self, self.host_class)
 
 
 _extend_object_arrays()
@@ -263,4 +283,5 @@ EXTENSIONS = {
     "mf.zero.ModelElement": Element,
     "mf.zero.Set": Collection,
     "mf.zero.PrimitiveSet": Collection,
+    "kxsim.design.Iteration": Run,
 }

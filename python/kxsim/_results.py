@@ -41,6 +41,24 @@ class Results:
         end = ", interrupted" if self.interrupted else ""
         return f"<results of {len(self):,} runs: {', '.join(words)}{end}>"
 
+    def _repr_html_(self) -> str:
+        from kxsim import _html
+
+        columns = self._first(_html.ROWS).columns()
+        if "error" in columns:
+            columns["error"] = [each and each.strip().splitlines()[-1] for each in columns["error"]]
+        keys = columns.pop("run")
+        rows = {int(key): {n: c[k] for n, c in columns.items()} for k, key in enumerate(keys)}
+        return _html.table(repr(self), rows, len(self))
+
+    def _first(self, count: int) -> Results:
+        """The results of the first runs."""
+        inputs = {name: column[:count] for name, column in self.inputs.items()}
+        first = Results(self.job, inputs, min(count, len(self)))
+        first.states, first.outputs = self.states[:count], self.outputs[:count]
+        first.errors = {k: error for k, error in self.errors.items() if k < count}
+        return first
+
     def columns(self) -> dict[str, Any]:
         """By name: "run" from 1, the inputs, "state", the outputs, and "error" if there was one.
 

@@ -119,9 +119,9 @@ class Study:
         return _describe.tree(self.space)
 
     def _repr_html_(self) -> str:
-        from html import escape
+        from kxsim import _html
 
-        return f"<pre>{escape(repr(self))}</pre>"
+        return _html.preformatted(repr(self))
 
 
 # What callers write ------------------------------------------------------------------------------
