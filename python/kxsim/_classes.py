@@ -72,7 +72,7 @@ class HostObject(_host.Object):
 
     def _values(self, limit: int | None = None) -> list[tuple[str, Any]]:
         """Names and values of the first properties that are plain values."""
-        shown = []
+        shown: list[tuple[str, Any]] = []
         for name, is_plain in type(self).__host_properties__.items():
             if is_plain and (limit is None or len(shown) < limit):
                 shown.append((name, getattr(self, name)))
@@ -108,7 +108,7 @@ class NamedObject(HostObject):
         return lambda *arguments: _host.invoke(self, name, arguments)
 
 
-def _check_keywords(cls: type, values: dict[str, Any]) -> None:
+def _check_keywords(cls: type[HostObject], values: dict[str, Any]) -> None:
     for name in values:
         if name not in cls.__host_properties__:
             near = difflib.get_close_matches(name, cls.__host_properties__, n=1)
@@ -160,7 +160,8 @@ class HostEnum(enum.Enum):
 
 def _enumeration(described: dict[str, Any]) -> type:
     package, short = _split(described["name"])
-    made = HostEnum(short, described["literals"], module=package)
+    make: Any = HostEnum  # called like this, it makes another enumeration
+    made: type[HostEnum] = make(short, described["literals"], module=package)
     made.__doc__ = described["doc"]
     made.__host_name__ = described["name"]
     return made
@@ -264,10 +265,10 @@ def _method(owner: str, described: dict[str, Any]) -> Callable:
 def _static_method(owner: str, described: dict[str, Any]) -> classmethod:
     name = described["name"]
 
-    def method(cls: type, *arguments: Any) -> Any:
+    def method(cls: type[HostObject], *arguments: Any) -> Any:
         return _host.invoke_static(cls.__host_name__, name, arguments)
 
-    def plain_method(cls: type) -> Any:
+    def plain_method(cls: type[HostObject]) -> Any:
         return _host.invoke_static(cls.__host_name__, name, ())
 
     made = method if described["arguments"] else plain_method

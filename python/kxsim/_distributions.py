@@ -14,7 +14,7 @@ kxsim's own, which `seed` starts anew together with the host's; no global state 
 from __future__ import annotations
 
 from collections.abc import Callable
-from functools import lru_cache
+from functools import lru_cache, partial
 from typing import Any
 
 from kxsim import _host
@@ -72,10 +72,12 @@ def draw_from(source: object, rng: Any = None) -> Callable[[], Any] | None:
         keyword = _keyword_of(getattr(method, "__func__", method), keywords)
         if keyword is None:
             return method
-        return lambda method=method, keyword=keyword: _one(
-            method(**{keyword: rng if rng is not None else _default()})
-        )
+        return partial(_draw, method, keyword, rng)
     return None
+
+
+def _draw(method: Callable, keyword: str, rng: Any) -> Any:
+    return _one(method(**{keyword: rng if rng is not None else _default()}))
 
 
 def _one(value: Any) -> Any:
@@ -86,10 +88,11 @@ def _one(value: Any) -> Any:
 class _Seeded:
     def __init__(self, source: object, rng: Any) -> None:
         self.source = source
-        self._draw = draw_from(source, rng)
-        if self._draw is None:
+        draw = draw_from(source, rng)
+        if draw is None:
             kind = type(source).__name__
             raise TypeError(f"{kind} is no distribution: it has no random, rvs or sample")
+        self._draw = draw
 
     def random(self) -> Any:
         return self._draw()

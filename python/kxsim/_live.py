@@ -15,14 +15,17 @@ from kxsim._errors import HostError
 if TYPE_CHECKING:
     from mf.zero import ModelElement, Transaction, meta
 
+    from kxsim._classes import HostObject as _Mixed  # what these are mixed into
     from kxsim.typing import Identity, Objects
 
     E = TypeVar("E", bound=ModelElement)
+else:
+    _Mixed = object
 
 MANY = _host.Reading.MANY
 
 
-class Model:
+class Model(_Mixed):
     """Mixed into mf.zero.Model."""
 
     __slots__ = ()
@@ -61,7 +64,7 @@ class Model:
     def elements(self, of_class: Any = None, **conditions: Any) -> Any:
         """All elements, or those of a class and its subclasses; keywords name properties and the
         values that they must have."""
-        arguments = () if of_class is None else (of_class,)
+        arguments: tuple[Any, ...] = () if of_class is None else (of_class,)
         if conditions:
             arguments = (of_class or "mf.zero.ModelElement", conditions)
         return _host.invoke(self, "elements", arguments, MANY)
@@ -136,7 +139,7 @@ class Subscription:
         self.end()
 
 
-class Element:
+class Element(_Mixed):
     """Mixed into mf.zero.ModelElement."""
 
     __slots__ = ()
@@ -146,7 +149,7 @@ class Element:
         return _host.invoke(self, "owner", (), _host.Reading.OPTIONAL)
 
 
-class Run:
+class Run(_Mixed):
     """Mixed into kxsim.design.Iteration."""
 
     __slots__ = ()
@@ -160,11 +163,11 @@ class Run:
         return f"<{' '.join([type(self).__host_name__, *words])}>"
 
 
-class Collection:
+class Collection(_Mixed):
     """Mixed into the live collections: a mutable sequence, each change one transaction."""
 
     __slots__ = ()
-    __class_getitem__ = classmethod(GenericAlias)
+    __class_getitem__: Any = classmethod(GenericAlias)
 
     def __len__(self) -> int:
         return int(_host.invoke(self, "size", ()))
@@ -254,25 +257,26 @@ class Collection:
         return _table(self, type(self).__host_name__) if self.is_valid else super()._repr_html_()
 
 
-def _listing(items: Sequence[Any], name: str, shown: int = 6) -> str:
+def _listing(items: Any, name: str, shown: int = 6) -> str:
     """The first few in words."""
     words = [repr(item) for item in items[:shown]]
     rest = [f"... {len(items) - shown} more"] if len(items) > shown else []
     return f"<{name} of {len(items)}: [{', '.join(words + rest)}]>"
 
 
-def _table(items: Sequence[Any], name: str) -> str:
+def _table(items: Any, name: str) -> str:
     from kxsim import _html
 
     return _html.listing(items, name)
 
 
 def _extend_object_arrays() -> None:
-    Sequence.register(_host.ObjectArray)
-    _host.ObjectArray.index = Sequence.index
-    _host.ObjectArray.count = Sequence.count
-    _host.ObjectArray.__repr__ = lambda self: _listing(self, self.host_class)
-    _host.ObjectArray._repr_html_ = lambda self: _table(self, self.host_class)
+    of_arrays: Any = _host.ObjectArray
+    Sequence.register(of_arrays)
+    of_arrays.index = Sequence.index
+    of_arrays.count = Sequence.count
+    of_arrays.__repr__ = lambda self: _listing(self, self.host_class)
+    of_arrays._repr_html_ = lambda self: _table(self, self.host_class)
 
 
 _extend_object_arrays()

@@ -30,6 +30,7 @@ def member(module: ModuleType, name: str) -> Any:
     """A class, function or package of a host package; the module keeps it."""
     full = f"{module.__name__}.{name}"
     kind = "" if name.startswith("__") else _host.look_up(full)
+    found: Any
     if kind == "class":
         found = _classes.class_for(full)
     elif kind == "function":

@@ -7,7 +7,10 @@ import json
 import os
 from collections import Counter
 from collections.abc import Mapping
-from typing import Any
+from typing import TYPE_CHECKING, Any
+
+if TYPE_CHECKING:
+    from kinetra.simmanager import mm
 
 
 class Results:
@@ -18,7 +21,7 @@ class Results:
     model.
     """
 
-    def __init__(self, job: Any, inputs: Mapping[str, list[Any]], count: int) -> None:
+    def __init__(self, job: mm.Job, inputs: Mapping[str, list[Any]], count: int) -> None:
         self.job = job
         self.inputs = dict(inputs)
         self.states = ["not run"] * count

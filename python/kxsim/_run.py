@@ -25,9 +25,14 @@ from concurrent.futures import (
 )
 from contextlib import contextmanager
 from itertools import islice
-from typing import Any, NamedTuple
+from typing import TYPE_CHECKING, Any, NamedTuple
 
 from kxsim._results import Results
+
+if TYPE_CHECKING:
+    from kinetra.simmanager import mm
+
+    from kxsim.study import Study
 
 Chunk = list[tuple[int, dict[str, Any]]]
 
@@ -43,7 +48,7 @@ class Outcome(NamedTuple):
 
 
 def run(
-    study: Any,
+    study: Study,
     function: Callable[[dict[str, Any]], Any],
     *,
     executor: str | Executor = "processes",
@@ -51,7 +56,7 @@ def run(
     chunk: int | None = None,
     progress: bool | None = None,
     stop_on_error: bool | float = False,
-    job: Any = None,
+    job: mm.Job | None = None,
 ) -> Results:
     """Calls the function with the values of each run, and returns what came of it.
 
@@ -242,7 +247,7 @@ def _carry_out(
             future.cancel()
 
 
-def _record(job: Any, results: Results, outcomes: Iterable[Outcome]) -> None:
+def _record(job: mm.Job, results: Results, outcomes: Iterable[Outcome]) -> None:
     with job.model().transaction():
         for outcome in outcomes:
             state = "failed" if outcome.error else "finished"

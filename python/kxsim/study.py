@@ -20,11 +20,17 @@ from __future__ import annotations
 import math
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from functools import cached_property
-from typing import Any, NamedTuple
+from typing import TYPE_CHECKING, Any, NamedTuple
 
 import kxsim
 from kxsim import _describe, design
 from kxsim._distributions import generator as numpy_generator
+
+if TYPE_CHECKING:
+    from mf.zero import Model
+
+    from kxsim._results import Results
+    from kxsim.typing import Objects
 
 __all__ = ["Study", "Target", "draws", "grid", "target", "values", "zipped"]
 
@@ -32,14 +38,14 @@ __all__ = ["Study", "Target", "draws", "grid", "target", "values", "zipped"]
 class Target(NamedTuple):
     """A thing to vary that is no variable: its class and its properties."""
 
-    of_class: type
+    of_class: type[Any]
     properties: tuple[tuple[str, Any], ...]
 
-    def make(self, model: Any) -> Any:
+    def make(self, model: Model) -> design.ParameterType:
         return self.of_class(model, **dict(self.properties))
 
 
-def target(of_class: type, **properties: Any) -> Target:
+def target(of_class: type[design.ParameterType], **properties: Any) -> Target:
     """What a run changes, say `target(design.BlockParameter, Name="Kp", BlockPath="motor/pid")`."""
     if not (isinstance(of_class, type) and issubclass(of_class, design.ParameterType)):
         raise TypeError(f"a target is a class below design.ParameterType, not {of_class!r}")
@@ -49,20 +55,22 @@ def target(of_class: type, **properties: Any) -> Target:
 class Study:
     """A parameter space, made when first needed; `len` is its number of runs."""
 
-    def __init__(self, make: Callable[[Any], Any], keys: Sequence[Any], model: Any = None) -> None:
+    def __init__(
+        self, make: Callable[[Model], Any], keys: Sequence[Any], model: Model | None = None
+    ) -> None:
         self._make = make
         self._keys = tuple(keys)
         self._given_model = model
 
     @classmethod
-    def of(cls, space: Any) -> Study:
+    def of(cls, space: design.ParameterSpace) -> Study:
         """The study of a parameter space that exists."""
         if not isinstance(space, design.ParameterSpace):
             raise TypeError(f"a study is made of a parameter space, not of {space!r}")
         keys = [sample for sample in _describe.targets(space) if sample is not None]
         return cls(lambda model: space, keys, space.model())
 
-    def build(self, model: Any = None) -> Study:
+    def build(self, model: Model | None = None) -> Study:
         """Makes the elements: in this model, that of targets or spaces it was given, or a new one.
 
         Raises ValueError when they exist already. A refused value leaves nothing behind.
@@ -75,19 +83,19 @@ class Study:
         return self
 
     @cached_property
-    def space(self) -> Any:
+    def space(self) -> design.ParameterSpace:
         """The element that stands for the whole study."""
         return self.build().__dict__["space"]
 
     @property
-    def model(self) -> Any:
+    def model(self) -> Model:
         return self.space.model()
 
     def __len__(self) -> int:
         return math.ceil(self.space.NumIterations)
 
     @cached_property
-    def runs(self) -> Sequence[Any]:
+    def runs(self) -> Objects[design.Iteration]:
         """The runs, elements of class `kxsim.design.Iteration`; made once."""
         return self.space.createIterations()
 
@@ -111,7 +119,7 @@ class Study:
         """The first runs in words, one line each."""
         return _describe.table(self.runs, limit)
 
-    def run(self, function: Callable[[dict[str, Any]], Any], **options: Any) -> Any:
+    def run(self, function: Callable[[dict[str, Any]], Any], **options: Any) -> Results:
         """Carries out the runs: `kxsim.run`."""
         return kxsim.run(self, function, **options)
 

@@ -56,7 +56,7 @@ def test_a_study_reads_as_a_tree_and_its_runs_as_a_table():
         "│  ├─ motor/pid:Kp: 2 runs, 0.1, 0.2",
         "│  └─ Ki: 2 runs, 1, 2",
         "├─ draws: 3 runs",
-        "│  ├─ R: <kxsim.dist.Normal object (Mean 1, StandardDeviation 0.5)>",
+        "│  ├─ R: Normal (Mean 1, StandardDeviation 0.5)",
         "│  └─ L: norm(2, scale=3)",
         "└─ n: 9 runs, 0, 1, 2, 3, ...",
     ]

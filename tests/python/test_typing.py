@@ -19,8 +19,9 @@ def run(tool, *arguments):
     return done.stdout.splitlines() + done.stderr.splitlines()
 
 
-def check(file, *options):
-    return run("mypy", "--strict", "--cache-dir", CACHE, "--hide-error-context", *options, file)
+def check(*what):
+    config = ["--config-file", ROOT / "pyproject.toml", "--cache-dir", CACHE]
+    return run("mypy", *config, "--hide-error-context", *what)
 
 
 GOOD = """
@@ -66,7 +67,7 @@ with model.transaction() as transaction:
 def test_scripts_that_are_right_pass_and_run(tmp_path):
     script = tmp_path / "good.py"
     script.write_text(GOOD)
-    assert check(script) == ["Success: no issues found in 1 source file"]
+    assert check("--strict", script) == ["Success: no issues found in 1 source file"]
     exec(compile(GOOD, script, "exec"), {})
 
 
@@ -112,7 +113,7 @@ def told(tmp_path_factory):
     script.write_text(BEFORE + "\n".join(WRONG))
     lines = [*BEFORE.splitlines(), *WRONG]
     found = {}
-    for line in check(script):
+    for line in check("--strict", script):
         if match := re.match(r"[^:]*wrong\.py:(\d+): error: (.*)", line):
             found.setdefault(lines[int(match[1]) - 1], []).append(match[2])
     assert all(line in WRONG for line in found)
@@ -130,7 +131,11 @@ def test_the_examples_of_a_page_are_typed(page, tmp_path):
     script = tmp_path / "page.py"
     script.write_text("\n".join(blocks))
     options = ["--allow-untyped-defs", "--allow-untyped-calls", "--ignore-missing-imports"]
-    assert check(script, *options) == ["Success: no issues found in 1 source file"]
+    assert check(*options, script) == ["Success: no issues found in 1 source file"]
+
+
+def test_the_package_itself_is_typed():
+    assert check("-p", "kxsim")[-1].startswith("Success")
 
 
 def test_the_stubs_say_what_the_host_has():
