@@ -80,7 +80,7 @@ FAILING = [
     (lambda m: command.CreateCustomPlot(m, PlotConfigId="x"), "UnknownPlot", "'x'"),
     (lambda m: command.SelectRuns(m, RunIds=[1, 9, 2.5]), "UnknownRun", "run 9, 2.5; .* 1 to 6"),
     (lambda m: command.DeselectRuns(m, RunIds=[0]), "UnknownRun", "no run 0"),
-    (lambda m: command.CreateFigure(m, FigureType=[]), "UnknownKind", "None"),
+    (lambda m: command.CreateFigure(m, FigureType=[]), "UnknownLiteral", "kind of figure None"),
 ]
 
 

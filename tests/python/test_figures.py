@@ -2,11 +2,12 @@
 
 import io
 
+import kxsim
 import numpy as np
 import pytest
 from kxsim import design
 from kxsim.figures import FigureError, Figures, data
-from kxsim.study import grid, values
+from kxsim.study import grid, values, zipped
 from matplotlib.collections import LineCollection
 from matplotlib.colors import same_color
 
@@ -103,6 +104,10 @@ def test_limits_hold_or_follow_and_grids_are_each_axis_own(figures, make):
         assert [any(g.get_visible() for g in a.get_gridlines()) for a in grids] == [False, True]
     figures.change("XLimMode", True)
     assert axes_of(figures).get_xlim()[0] > 0
+    getattr(figures, make)(**sources, YMin=-5, YMax=5, YLimMode=True)
+    assert axes_of(figures).get_ylim() != (-5, 5)
+    getattr(figures, make)(**sources, YMin=-5, YMax=5)
+    assert axes_of(figures).get_ylim() == (-5, 5)
 
 
 @pytest.mark.parametrize(
@@ -153,6 +158,23 @@ def test_texts_are_categories_in_the_order_of_their_first_run(figures):
     assert [text.get_text() for text in bar.get_yticklabels()] == ["small", "large"]
     figures.histogram("size")
     assert heights(axes_of(figures)) == [2, 3]
+
+
+def test_many_texts_have_names_beside_some():
+    texts = [f"a rather long name, number {k}" for k in range(50)]
+    figures = Figures(one(texts, output=1))
+    figures.scatter(x="a", y="y")
+    labels = axes_of(figures).get_xticklabels()
+    assert len(labels) <= 20 and all(len(label.get_text()) <= 24 for label in labels)
+
+
+def test_texts_of_two_sources_share_one_axis():
+    study = grid(zipped(u=["low", "mid"], v=["mid", "high"]))
+    figures = Figures(study.run(lambda run: {"y": 1}, executor="serial", progress=False))
+    figures.scatter(x="run", y=["u", "v"])
+    axes = axes_of(figures)
+    assert [text.get_text() for text in axes.get_yticklabels()] == ["low", "mid", "high"]
+    assert [each.get_offsets()[:, 1].tolist() for each in axes.collections] == [[0, 1], [1, 2]]
 
 
 def test_a_histogram_counts_runs_and_of_traces_values(figures):
@@ -274,6 +296,8 @@ def test_a_view_built_element_by_element_is_drawn(results):
     assert axes_of(figures, "four").get_title("left") == "first"
     figures.delete(fourth)
     assert not made[0].is_valid and made[1].is_valid
+    with pytest.raises(ValueError, match="another model"):
+        Figures(results, view, kxsim.Model())
     with pytest.raises(FigureError, match="not CustomPlotProperties"):
         figures.link(first, design.CustomPlotProperties(model))
     for element in (view, *model.elements(design.FigureProperties)):
@@ -298,6 +322,9 @@ def test_custom_plots_are_drawn_by_functions_and_by_names(figures):
     assert (entry.GalleryLabel, entry.owner().PlotConfigs[1]) == ("By name", entry)
     figures.custom(entry.identity())
     assert isinstance(figures.draw(), type(picture))
+    titled = [lambda plot: plot.figure.suptitle("one"), lambda plot: plot.figure.suptitle("two")]
+    made = [figures.custom(each) for each in titled]
+    assert [figures.draw(each).get_suptitle() for each in made] == ["one", "two"]
     figures.custom(lambda plot: plot.column("smu"))
     with pytest.raises(FigureError, match="did you mean 'sum'") as caught:
         figures.draw()
@@ -327,9 +354,13 @@ def test_notebooks_show_pictures(figures):
 MAKING = [
     (lambda f: f.scatter(x="aa", y="sum"), "UnknownQuantity", "'aa'; did you mean 'a'"),
     (lambda f: f.scatter(x=data("a", type="Output"), y="sum"), "UnknownQuantity", "no output 'a'"),
-    (lambda f: f.scatter(x="a", y=data("sum", reduce="max")), "UnknownReduction", "'Max'"),
+    (
+        lambda f: f.scatter(x="a", y=data("sum", reduce="max")),
+        "UnknownLiteral",
+        "reduction 'max'; .* 'Max'",
+    ),
     (lambda f: f.scatter(x="a", y="sum", Titel="x"), "UnknownProperty", "'Title'"),
-    (lambda f: f.histogram("a", ZMin=1), "UnknownProperty", "'XMin'|'ZMin'"),
+    (lambda f: f.histogram("a", ZMin=1), "UnknownProperty", "no property 'ZMin'"),
     (lambda f: f.scatter(x="a", y="sum", XMin=3), "InvalidLimits", "3 and 0"),
     (lambda f: f.scatter(x="a", y="sum", YMin=float("nan"), YMax=1), "InvalidLimits", "axis Y"),
     (lambda f: f.surface(x="a", y="b", z="sum", ColorMap="Virids"), "UnknownColorMap", "'viridis'"),
@@ -337,7 +368,9 @@ MAKING = [
     (lambda f: f.register("nowhere"), "PlotClassNotFound", "module:function"),
     (lambda f: f.register("os:nope"), "PlotClassNotFound", "nope"),
     (lambda f: f.register("os:name"), "PlotClassNotFound", "callable"),
-    (lambda f: f.create("Pie"), "UnknownKind", "'Pie'"),
+    (lambda f: f.histogram(data("a", type="Input")), "UnknownLiteral", "type of source 'Input'"),
+    (lambda f: f.create("Histgram"), "UnknownLiteral", "mean 'Histogram'"),
+    (lambda f: f.scatter(x="a", y=["sum", "size"]), "TextsAndNumbers", "axis Y"),
 ]
 
 
@@ -351,10 +384,12 @@ def test_a_figure_that_cannot_be_is_not_made(figures, mistake, key, words):
 
 DRAWING = [
     (lambda f: f.scatter(x="a", y=data("trace", "Trace")), "TraceNeedsTrace", "axis Y has a trace"),
+    (lambda f: f.scatter(y=data("trace", "Trace"), c=data("time", "Trace")), "TraceAsColor", "C"),
     (lambda f: f.scatter(x=["a", "b"], y=["a", "b", "sum"]), "SourcesDoNotMatch", "2 .* 3"),
     (lambda f: f.scatter(x="a", y="b", c=["a", "b"]), "TooManySources", "axis C .* not 2"),
     (lambda f: f.surface(x="a", y="b", z=["a", "b"]), "TooManySources", "axis Z"),
     (lambda f: f.surface(x="a", y="a", z="sum"), "NotASurface", "there are 3"),
+    (lambda f: f.surface(x="b", y="b", z="sum"), "NotASurface", "there are 2"),
     (lambda f: f.histogram("sum", Id="counts") and f.draw("count"), "UnknownFigure", "'counts'"),
 ]
 

@@ -46,7 +46,7 @@ def carry_out(figures: Any, record: Any) -> Any:
 
 
 def carry_out_all(
-    figures: Any, elements: Any, on_error: Callable[[Any, Exception], object] | None
+    figures: Any, elements: Any, on_error: Callable[[Exception], object] | None
 ) -> None:
     """The records among new elements, in order; a failing one keeps none of the others back."""
     failures = []

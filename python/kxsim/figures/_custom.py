@@ -9,9 +9,9 @@ from typing import Any
 import numpy
 
 from kxsim.design import internal
-from kxsim.figures._data import Runs
 from kxsim.figures._errors import FigureError, nearest
-from kxsim.figures._links import _identity
+from kxsim.figures._links import identity_in
+from kxsim.figures._runs import Runs
 
 
 class Plot:
@@ -56,9 +56,7 @@ class Plots:
 
     def register(self, plot: str | Callable[[Plot], object], label: str, icon: str) -> Any:
         """Makes the entry for a function, or for its name; one that exists is taken."""
-        name = plot if isinstance(plot, str) else f"{plot.__module__}:{plot.__qualname__}"
-        if not isinstance(plot, str):
-            self._functions[name] = plot
+        name = plot if isinstance(plot, str) else self._name(plot)
         self.function(name)
         for entry in self._entries():
             if entry.PlotClass == name and label in ("", entry.GalleryLabel):
@@ -69,13 +67,22 @@ class Plots:
             texts = {"GalleryIcon": icon, "GalleryLabel": label or name.rpartition(":")[2]}
             return registry.createIntoPlotConfigs(PlotClass=name, **texts)
 
+    def _name(self, plot: Callable[[Plot], object]) -> str:
+        """By which the function is found from now on; another one may have its name already."""
+        name = base = f"{plot.__module__}:{getattr(plot, '__qualname__', type(plot).__name__)}"
+        count = 1
+        while self._functions.setdefault(name, plot) is not plot:
+            count += 1
+            name = f"{base} #{count}"
+        return name
+
     def _entries(self) -> list[Any]:
         registries = self._model.elements(internal.PlotConfigRegistry)
         return [entry for registry in registries for entry in registry.PlotConfigs]
 
     def find(self, name: str) -> Any:
         """The configuration that an identifier designates; FigureError for none or several."""
-        identity, entries = _identity(name), self._entries()
+        identity, entries = identity_in(name), self._entries()
         found = [each for each in entries if each.identity() == identity]
         found = found or [each for each in entries if each.PlotClass == name]
         if len(found) > 1:
@@ -101,7 +108,8 @@ class Plots:
             raise FigureError("PlotClassNotFound", name=name, reason=str(error)) from error
         if not callable(found):
             raise FigureError("PlotClassNotFound", name=name, reason="it is not callable")
-        return found
+        function: Callable[[Plot], object] = found
+        return function
 
     def drawer(self, properties: Any) -> Callable[[Any], None]:
         """What draws a custom figure's sheet. Its own exceptions arrive as they are."""

@@ -1,8 +1,8 @@
-"""What a figure plots: columns of the results, found by data sources and reduced for an axis."""
+"""What an axis plots: columns of the results, found by its data sources and reduced."""
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Callable, Iterable, Mapping, Sequence
 from numbers import Real
 from typing import Any, NamedTuple
 
@@ -10,9 +10,10 @@ import numpy
 
 from kxsim import design
 from kxsim.figures._errors import FigureError, nearest
+from kxsim.figures._runs import Runs
 
 # What a trace of a run becomes.
-REDUCTIONS = {
+REDUCTIONS: dict[str, Callable[[Any], Any]] = {
     "End": lambda trace: trace[-1],
     "Min": numpy.min,
     "Max": numpy.max,
@@ -43,21 +44,18 @@ def data(
     """
     if isinstance(names, str):
         names = {names: label}
-    labels = names if isinstance(names, Mapping) else dict.fromkeys(names, "")
-    return Data(dict(labels), _literal("DataProcessingType", reduce), _source_type(type))
+    labels = names if isinstance(names, Mapping) else dict.fromkeys(names, label)
+    reduce = literal(design.DataProcessingType, reduce, "reduction")
+    return Data(dict(labels), reduce, literal(design.FigureDataSourceType, type, "type of source"))
 
 
-def _literal(enumeration: str, name: str) -> str:
-    known = getattr(design, enumeration).__members__
+def literal(enumeration: Any, given: Any, kind: str) -> str:
+    """The name of a member that is given as itself or by its name; FigureError for no member."""
+    name = getattr(given, "name", given)
+    known = enumeration.__members__
     if name not in known:
-        raise FigureError("UnknownReduction", name=name, nearest=nearest(str(name), known))
-    return name
-
-
-def _source_type(name: str) -> str:
-    if name not in design.FigureDataSourceType.__members__:
-        raise ValueError(f"a data source's type is Default, Parameter or Output, not {name!r}")
-    return name
+        raise FigureError("UnknownLiteral", kind=kind, name=name, nearest=nearest(str(name), known))
+    return str(name)
 
 
 class Values(NamedTuple):
@@ -70,7 +68,7 @@ class Values(NamedTuple):
     label: str
     numbers: Any
     categories: Sequence[str] | None = None
-    traces: Sequence[Any] | None = None
+    traces: Any = None
 
     @property
     def present(self) -> Any:
@@ -78,57 +76,6 @@ class Values(NamedTuple):
         if self.traces is None:
             return numpy.isfinite(self.numbers)
         return numpy.array([numpy.isfinite(trace).any() for trace in self.traces], dtype=bool)
-
-
-# Columns -----------------------------------------------------------------------------------------
-
-
-class Runs:
-    """What results have to plot: a cell for each run and column, None where there is none."""
-
-    def __init__(self, results: Any) -> None:
-        self.count = len(results)
-        self.finished = numpy.array([state == "finished" for state in results.states], dtype=bool)
-        self._outputs = results.outputs
-        self._parameters = {"run": range(1, self.count + 1), **results.inputs}
-        self._output_names = dict.fromkeys(
-            name for each in results.outputs if each for name in each
-        )
-
-    def names(self, type: str = "Default") -> list[str]:
-        """Of the columns of a type, the parameters first."""
-        parameters = [] if type == "Output" else list(self._parameters)
-        return parameters + ([] if type == "Parameter" else list(self._output_names))
-
-    def type_of(self, name: str, type: str) -> str:
-        """Where a name is, "Parameter" or "Output"; FigureError where it is not, or in both."""
-        if type == "Default" and name in self._parameters and name in self._output_names:
-            raise FigureError("AmbiguousQuantity", name=name)
-        if type != "Output" and name in self._parameters:
-            return "Parameter"
-        if type != "Parameter" and name in self._output_names:
-            return "Output"
-        kind = "parameter or output" if type == "Default" else type.lower()
-        near = nearest(name, self.names(type))
-        raise FigureError("UnknownQuantity", kind=kind, name=name, nearest=near)
-
-    def cells(self, name: str, type: str = "Default") -> Sequence[Any]:
-        if self.type_of(name, type) == "Parameter":
-            return self._parameters[name]
-        return [each.get(name) if each else None for each in self._outputs]
-
-    def default(self, kind: str, axis: str) -> tuple[str, str] | None:
-        """What an axis of a kind of figure plots when nothing says what: type and name.
-
-        Parameters along X, and Y of a surface; the first output along the last axis.
-        """
-        if axis == {"SurfPlot": "Z", "Histogram": "X"}.get(kind, "Y"):
-            names, place, type = list(self._output_names), 0, "Output"
-        else:
-            parameters = [name for name in self._parameters if name != "run"]
-            place, type = "XYZ".index(axis), "Parameter"
-            names = parameters or ["run"]
-        return (type, names[place]) if place < len(names) else None
 
 
 # Axes --------------------------------------------------------------------------------------------
@@ -166,11 +113,29 @@ def values_of(axis: Axis, runs: Runs, kind: str, shared: Iterable[Any] = ()) -> 
     `shared` are the data sources of the view, among which the axis' Id may also be found.
     """
     reduce = axis.reduce.name
-    return [
+    values = [
         _reduced(name, label or _label(name, cells, reduce), cells, reduce)
         for type, name, label in _chosen(axis, runs, kind, shared)
         for cells in [runs.cells(name, type)]
     ]
+    return _with_shared_categories(axis, values)
+
+
+def _with_shared_categories(axis: Axis, values: list[Values]) -> list[Values]:
+    """Texts of several sources stand in one row; FigureError for numbers among them."""
+    texts = [each.categories for each in values if each.categories is not None]
+    if len(values) < 2 or not texts:
+        return values
+    if len(texts) < len(values):
+        raise FigureError("TextsAndNumbers", axis=axis.letter)
+    together = list(dict.fromkeys(text for each in texts for text in each))
+
+    def moved(each: Values, categories: Sequence[str]) -> Values:
+        places = numpy.array([*map(together.index, categories), numpy.nan])
+        codes = numpy.where(numpy.isnan(each.numbers), -1, each.numbers).astype(int)
+        return Values(each.label, places[codes], together)
+
+    return [moved(each, own) for each, own in zip(values, texts, strict=True)]
 
 
 def _chosen(

@@ -10,15 +10,18 @@ import matplotlib
 import numpy
 from matplotlib.figure import Figure
 
-from kxsim.figures import _plots, _surface
-from kxsim.figures._data import Axis, Runs, Values, values_of
+from kxsim.figures._data import Axis, Values, values_of
 from kxsim.figures._errors import FigureError, nearest
+from kxsim.figures._histogram import histogram
+from kxsim.figures._runs import Runs
+from kxsim.figures._scatter import scatter
+from kxsim.figures._surface import surface
 
 # The default's name belongs to another plotting library; this one is as uniform to the eye, also
 # to one that is blind to some colors.
 SYNONYMS = {"parula": "viridis"}
 
-STYLE = {
+STYLE: dict[Any, Any] = {
     "font.size": 10,
     "axes.titlesize": 12,
     "axes.titleweight": "bold",
@@ -54,8 +57,8 @@ class Sheet:
     def __init__(self, kind: str, properties: Any, runs: Runs, selected: Sequence[int]) -> None:
         self.kind, self.properties, self.runs = kind, properties, runs
         self.selected = numpy.isin(numpy.arange(1, runs.count + 1), list(selected))
-        self.picture = Picture(figsize=(6.4, 4.4), dpi=110, layout="constrained")
-        self.picture.get_layout_engine().set(w_pad=0.1, h_pad=0.1)
+        self.picture = Picture(figsize=(6.4, 4.4), dpi=110)
+        self.picture.set_layout_engine("constrained", w_pad=0.1, h_pad=0.1)
         self.shown = numpy.zeros(runs.count, dtype=bool)
         self.notes: list[str] = []
 
@@ -82,9 +85,9 @@ def color_map(name: str) -> Any:
 
 
 DRAWERS: dict[str, Callable[[Sheet, Sequence[Any]], None]] = {
-    "ScatterPlot": _plots.scatter,
-    "Histogram": _plots.histogram,
-    "SurfPlot": _surface.surface,
+    "ScatterPlot": scatter,
+    "Histogram": histogram,
+    "SurfPlot": surface,
 }
 
 
@@ -107,6 +110,7 @@ def draw(
         if custom:
             custom(sheet)
         else:
+            _ = sheet.colors
             DRAWERS[sheet.kind](sheet, shared)
             _finish(sheet)
     return sheet.picture

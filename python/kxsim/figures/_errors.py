@@ -12,13 +12,15 @@ MESSAGES = {
     "AmbiguousQuantity": "{name!r} is a parameter and an output: the source's type says which",
     "UnknownDataSource": "axis {axis} plots {name!r}, which is no data source and no column",
     "NoData": "axis {axis} has no data source",
-    "UnknownReduction": "there is no reduction {name!r}",
+    "UnknownLiteral": "there is no {kind} {name!r}",
+    "TextsAndNumbers": "axis {axis} cannot show texts and numbers at once",
     "NotPlottable": "{name!r} of run {run} is {kind}: no number, text or row of numbers",
     "TooManySources": "axis {axis} shows one data source here, not {count}",
     "SourcesDoNotMatch": "axis {axis} has {count} data sources and axis {other} has {others}: give "
     "one of them one, or both as many",
     "TraceNeedsTrace": "axis {axis} has a trace for each run, axis {other} one value: reduce the "
     "one, or give the other a trace too",
+    "TraceAsColor": "axis C colors whole runs: reduce its trace to one value",
     "TraceLengthsDiffer": "run {run} has {count} values for axis {axis} and {others} for axis "
     "{other}",
     "NothingToShow": "no run has all the values that the figure shows",
@@ -31,7 +33,6 @@ MESSAGES = {
     "UnknownFigure": "the view has no figure with the Id {name!r}",
     "DuplicateFigure": "the view has more than one figure with the Id {name!r}",
     "NoCurrentFigure": "the view has no figure",
-    "UnknownKind": "there is no such kind of figure: {name!r}",
     "NoProperties": "nothing tells which {kind} belongs to the figure {name!r}: give it the "
     "identity of one as Id, or link them",
     "WrongProperties": "a {figure} has {kind}, not {given}",

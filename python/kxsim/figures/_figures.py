@@ -12,10 +12,11 @@ from typing import Any
 from kxsim import design
 from kxsim.figures import _commands, _making
 from kxsim.figures._custom import Plot, Plots
-from kxsim.figures._data import Runs
+from kxsim.figures._data import literal
 from kxsim.figures._errors import FigureError, nearest
-from kxsim.figures._links import CLASSES, Links
+from kxsim.figures._links import Links
 from kxsim.figures._making import What
+from kxsim.figures._runs import Runs
 
 
 class Figures:
@@ -33,7 +34,7 @@ class Figures:
         self.results = results
         self.view = view or _making.new_view(results, model or results.job.model())
         self.model = self.view.model()
-        self._links = Links(self.view)
+        self._links = Links(self.model)
         self._plots = Plots(self.model)
         self._current = ""
         self._selected: dict[int, None] = {}
@@ -77,17 +78,15 @@ class Figures:
 
         The function, or what designates its plot configuration: an identity or a class.
         """
-        if not isinstance(plot, str):
-            plot = self.register(plot).PlotClass
-        self._plots.find(plot)
-        return self._make("CustomPlot", {}, {"PlotConfigId": plot, "PlotInput": input, **values})
+        with self.model.transaction():
+            entry = self._plots.find(plot) if isinstance(plot, str) else self.register(plot)
+            name = plot if isinstance(plot, str) else entry.PlotClass
+            values = {"PlotConfigId": name, "PlotInput": input, **values}
+            return self._make("CustomPlot", {}, values)
 
     def create(self, kind: Any) -> Any:
         """A figure of a kind of `kxsim.design.FigureType`: outputs over parameters, the first."""
-        name = getattr(kind, "name", kind)
-        if name not in CLASSES:
-            raise FigureError("UnknownKind", name=name, nearest=nearest(str(name), CLASSES))
-        return self._make(name, {}, {})
+        return self._make(literal(design.FigureType, kind, "kind of figure"), {}, {})
 
     def _make(self, kind: str, axes: dict[str, What], values: dict[str, Any]) -> Any:
         figure, properties = _making.make(self.view, Runs(self.results), kind, axes, values)
@@ -223,7 +222,7 @@ class Figures:
         from kxsim.figures import _draw
 
         figure = self._found(figure)
-        kind, properties = figure.Type.name, self.properties(figure)
+        properties, kind = self.properties(figure), figure.Type.name
         custom = self._plots.drawer(properties) if kind == "CustomPlot" else None
         sheet = _draw.Sheet(kind, properties, Runs(self.results), self.selected)
         return _draw.draw(sheet, self.view.DataSources, custom)

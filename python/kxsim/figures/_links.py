@@ -6,10 +6,11 @@ import uuid
 from typing import Any
 
 from kxsim import design
+from kxsim.figures._data import literal
 from kxsim.figures._errors import FigureError
 
 # A histogram has no class of its own: axis X of a scatter plot says what is counted.
-CLASSES = {
+CLASSES: dict[str, Any] = {
     "ScatterPlot": design.ScatterPlotProperties,
     "SurfPlot": design.SurfPlotProperties,
     "Histogram": design.ScatterPlotProperties,
@@ -17,11 +18,9 @@ CLASSES = {
 }
 
 
-def class_for(figure: Any) -> type:
+def class_for(figure: Any) -> Any:
     """Of the properties of a figure. FigureError for a figure without a kind."""
-    if figure.Type is None:
-        raise FigureError("UnknownKind", name=None)
-    return CLASSES[figure.Type.name]
+    return CLASSES[literal(design.FigureType, figure.Type, "kind of figure")]
 
 
 class Links:
@@ -31,8 +30,8 @@ class Links:
     left over belong together in the order in which they were made, if there are as many of either.
     """
 
-    def __init__(self, view: Any) -> None:
-        self._view = view
+    def __init__(self, model: Any) -> None:
+        self._model = model
         self._made: dict[str, str] = {}
 
     def add(self, figure: Any, properties: Any) -> None:
@@ -56,35 +55,36 @@ class Links:
         return found
 
     def owned(self, figure: Any) -> Any:
-        """The properties object that no other figure of the view has, or None."""
+        """The properties object that no other figure has, or None."""
         try:
             found = self.find(figure)
         except FigureError:
             return None
-        others = [each for each in self._view.Figures if each != figure]
+        others = [each for each in self._model.elements(design.Figure) if each != figure]
         is_shared = any(self._known(each) == found for each in others)
         return None if is_shared else found
 
     def _known(self, figure: Any) -> Any:
-        model, of_class = figure.model(), class_for(figure)
-        for identity in (self._made.get(figure.identity()), _identity(figure.Id)):
-            found = model.findElement(identity) if identity else None
+        of_class = class_for(figure)
+        for identity in (self._made.get(figure.identity()), identity_in(figure.Id)):
+            found = self._model.findElement(identity) if identity else None
             if isinstance(found, of_class):
                 return found
         return None
 
-    def _pair(self, of_class: type) -> None:
-        figures = [each for each in self._view.Figures if class_for(each) is of_class]
+    def _pair(self, of_class: Any) -> None:
+        everything = self._model.elements(design.Figure)
+        figures = [each for each in everything if class_for(each) is of_class]
         known = {each: self._known(each) for each in figures}
         taken = set(known.values())
-        free = [each for each in self._view.model().elements(of_class) if each not in taken]
+        free = [each for each in self._model.elements(of_class) if each not in taken]
         waiting = [figure for figure in figures if known[figure] is None]
         if len(waiting) == len(free):
             for figure, properties in zip(waiting, free, strict=True):
                 self.add(figure, properties)
 
 
-def _identity(text: str) -> str | None:
+def identity_in(text: str) -> str | None:
     """An Id that may be an identity, as the model writes it."""
     try:
         return str(uuid.UUID(text))

@@ -8,9 +8,10 @@ from numbers import Real
 from typing import Any
 
 from kxsim import design
-from kxsim.figures._data import Axis, Data, Runs, data, values_of
+from kxsim.figures._data import Axis, Data, data, values_of
 from kxsim.figures._errors import FigureError, nearest
 from kxsim.figures._links import CLASSES
+from kxsim.figures._runs import Runs
 
 # What an axis plots: a column's name, several, names with labels, or in full.
 What = str | Iterable[str] | Mapping[str, str] | Data
@@ -21,7 +22,7 @@ _WORDS = {bool: "a truth value", float: "a number", str: "a text"}
 def new_view(results: Any, model: Any) -> Any:
     """An empty view that offers all columns of the results."""
     runs = Runs(results)
-    sources = [
+    sources: list[Any] = [
         {"type": type, "value": name}
         for type in ("Parameter", "Output")
         for name in runs.names(type)
@@ -35,6 +36,7 @@ def make(view: Any, runs: Runs, kind: str, axes: Mapping[str, What], values: dic
     for letter, what in axes.items():
         if what:
             contents |= _axis_contents(letter, what, runs)
+    for letter in _letters(CLASSES[kind]):
         if {f"{letter}Min", f"{letter}Max"} & values.keys():
             contents[f"{letter}LimMode"] = False
     own, more = _parted(kind, values)
@@ -69,7 +71,7 @@ def _parted(kind: str, values: Mapping[str, Any]) -> tuple[dict[str, Any], dict[
     return own, more
 
 
-def owner_of(name: str, *classes: type) -> type:
+def owner_of(name: str, *classes: Any) -> Any:
     """The class that has a property; FigureError when none of a figure's two has it."""
     for each in classes:
         if name in each.__host_properties__:
@@ -79,12 +81,17 @@ def owner_of(name: str, *classes: type) -> type:
     raise FigureError("UnknownProperty", figure=kind, name=name, nearest=nearest(name, known))
 
 
-def _check(kind: str, letters: Iterable[str], properties: Any, runs: Runs) -> None:
+def _check(kind: str, plotted: Iterable[str], properties: Any, runs: Runs) -> None:
     """FigureError for limits that are none and for what no axis can show."""
-    for letter in letters:
-        axis = Axis(properties, letter)
-        _ = axis.limits
-        values_of(axis, runs, kind)
+    for letter in _letters(type(properties)):
+        _ = Axis(properties, letter).limits
+    for letter in plotted:
+        values_of(Axis(properties, letter), runs, kind)
+
+
+def _letters(of_class: Any) -> list[str]:
+    """Of the axes that a class of properties has."""
+    return [name[0] for name in of_class.__host_properties__ if name[1:] == "LimMode"]
 
 
 def check_id(view: Any, name: str) -> None:
@@ -107,6 +114,6 @@ def checked_value(owner: Any, name: str, value: Any) -> Any:
     if kind is None or not isinstance(value, kind):
         word = "an enumeration" if isinstance(present, enum.Enum) else "an element"
         given = next((_WORDS[each] for each in _WORDS if isinstance(value, each)), None)
-        told = {"kind": _WORDS.get(kind, word), "given": given or type(value).__name__}
+        told = {"kind": _WORDS[kind] if kind else word, "given": given or type(value).__name__}
         raise FigureError("WrongPropertyType", name=name, **told)
     return value

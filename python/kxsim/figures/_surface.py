@@ -2,18 +2,21 @@
 
 from __future__ import annotations
 
+import itertools
 from collections.abc import Sequence
 from typing import Any
 
 import numpy
 from matplotlib.ticker import AutoLocator, MaxNLocator
 
-from kxsim.figures import _plots
+from kxsim.figures._axes import add_color_bar, color_scale, set_up
 from kxsim.figures._data import Axis, Values
 from kxsim.figures._errors import FigureError
 
 # Points that have room for lines between them.
 MOST_WITH_LINES = 600
+# The share of a grid's points that makes it one, though runs may have failed.
+LEAST_OF_GRID = 0.75
 
 
 def surface(sheet: Any, shared: Sequence[Any]) -> None:
@@ -25,19 +28,19 @@ def surface(sheet: Any, shared: Sequence[Any]) -> None:
     if most > 1:
         sheet.notes.append(f"mean of up to {most:,} values at a point")
     axes = sheet.picture.add_subplot(projection="3d")
-    scale = _plots.color_scale(sheet, z, Values("", merged[2]), slice(None))
+    scale = color_scale(sheet, z, Values("", merged[2]), slice(None))
     is_selection = sheet.selected[runs].any()
-    look = {"cmap": scale[0], "norm": scale[1], "alpha": 0.45 if is_selection else 1.0}
+    look = {"cmap": scale.map, "norm": scale.norm, "alpha": 0.45 if is_selection else 1.0}
     _add_surface(axes, merged, look | {"gid": "surface"})
     if is_selection:
         dots = {"c": "black", "edgecolors": "white", "s": 45, "depthshade": False, "zorder": 10}
         axes.computed_zorder = False
-        axes.scatter(*points[:, sheet.selected[runs]], **dots, gid="selected")
+        axes.scatter(*points[:, sheet.selected[runs]], **dots, gid="selected", axlim_clip=True)
     for axis, values in zip((x, y, z), columns, strict=True):
-        _plots.set_up(axes, axis, [values])
+        set_up(axes, axis, [values])
     _dress(axes)
     if sheet.properties.Colorbar:
-        _plots.add_color_bar(sheet, axes, z, columns[2], scale)
+        add_color_bar(sheet, axes, z, columns[2], scale)
 
 
 def _only(axis: Axis, values: list[Values]) -> Values:
@@ -49,30 +52,25 @@ def _only(axis: Axis, values: list[Values]) -> Values:
 def _points(sheet: Any, columns: Sequence[Values]) -> tuple[Any, Any]:
     """x, y and z of each point, and which run each is of. Single values go along with traces."""
     present = sheet.show(numpy.logical_and.reduce([each.present for each in columns]))
-    points, runs = [numpy.empty((3, 0))], [numpy.empty(0, dtype=int)]
-    for k in numpy.flatnonzero(present):
-        rows = [each.numbers[k] if each.traces is None else each.traces[k] for each in columns]
-        try:
-            rows = numpy.array(numpy.broadcast_arrays(*rows)).reshape(3, -1)
-        except ValueError:
-            _tell_lengths(k, rows)
-        points.append(rows)
-        runs.append(numpy.full(rows.shape[1], k))
-    together, of_run = numpy.concatenate(points, axis=1), numpy.concatenate(runs)
-    finite = numpy.isfinite(together).all(axis=0)
-    if not present.any():
+    places = numpy.flatnonzero(present)
+    parts = [_points_of(k, columns) for k in places.tolist()]
+    points = numpy.concatenate([numpy.empty((3, 0)), *parts], axis=1)
+    runs = numpy.repeat(places, [part.shape[1] for part in parts])
+    finite = numpy.isfinite(points).all(axis=0)
+    if not finite.any():
         raise FigureError("NothingToShow")
-    return together[:, finite], of_run[finite]
+    return points[:, finite], runs[finite]
 
 
-def _tell_lengths(k: int, rows: Sequence[Any]) -> None:
-    (axis, count), (other, others) = [
-        (letter, numpy.size(row))
-        for letter, row in zip("XYZ", rows, strict=True)
-        if numpy.ndim(row)
-    ][-2:]
-    fields = {"run": int(k) + 1, "axis": axis, "count": count, "other": other, "others": others}
-    raise FigureError("TraceLengthsDiffer", fields)
+def _points_of(k: int, columns: Sequence[Values]) -> Any:
+    """Of one run, three rows."""
+    rows = [each.numbers[k] if each.traces is None else each.traces[k] for each in columns]
+    lengths = {letter: numpy.size(row) for letter, row in zip("XYZ", rows, strict=True)}
+    for (axis, count), (other, others) in itertools.combinations(lengths.items(), 2):
+        if count != others and 1 not in (count, others):
+            fields = {"axis": axis, "count": count, "other": other, "others": others}
+            raise FigureError("TraceLengthsDiffer", fields, run=k + 1)
+    return numpy.array(numpy.broadcast_arrays(*rows)).reshape(3, -1)
 
 
 def _merged(points: Any) -> tuple[Any, int]:
@@ -85,21 +83,21 @@ def _merged(points: Any) -> tuple[Any, int]:
 
 
 def _add_surface(axes: Any, points: Any, look: dict[str, Any]) -> None:
-    """On a grid where at least half of its points are there, with holes for the others."""
+    """On a grid where most of its points are there, with holes for the others."""
     x, y, z = points
     has_lines = len(z) <= MOST_WITH_LINES
     lines = {"edgecolor": "white", "linewidth": 0.25} if has_lines else {"antialiased": False}
     look = look | lines
     (xs, across), (ys, along) = (numpy.unique(each, return_inverse=True) for each in (x, y))
-    if min(len(xs), len(ys)) >= 2 and 2 * len(z) >= len(xs) * len(ys):
+    if not _spans_a_plane(points[:2]):
+        raise FigureError("NotASurface", count=len(z))
+    if len(z) >= LEAST_OF_GRID * len(xs) * len(ys):
         heights = numpy.full((len(ys), len(xs)), numpy.nan)
         heights[along, across] = z
         grid = (*numpy.meshgrid(xs, ys), heights)
         axes.plot_surface(*grid, rcount=200, ccount=200, **look, axlim_clip=True)
-        return
-    if not _spans_a_plane(points[:2]):
-        raise FigureError("NotASurface", count=len(z))
-    axes.plot_trisurf(x, y, z, **look, axlim_clip=True)
+    else:
+        axes.plot_trisurf(x, y, z, **look, axlim_clip=True)
 
 
 def _spans_a_plane(places: Any) -> bool:
@@ -115,6 +113,7 @@ def _dress(axes: Any) -> None:
     for axis in (axes.xaxis, axes.yaxis, axes.zaxis):
         axis.set_pane_color((0.97, 0.97, 0.97, 1.0))
         axis.line.set_color("#999999")
-        axis.labelpad = 6
-        if isinstance(axis.get_major_locator(), AutoLocator):
+        has_numbers = isinstance(axis.get_major_locator(), AutoLocator)
+        axis.labelpad = 6 if has_numbers else 16
+        if has_numbers:
             axis.set_major_locator(MaxNLocator(5))
