@@ -223,6 +223,9 @@ def test_runs_that_share_a_point_of_a_surface_are_averaged_and_it_says_so():
 def test_traces_over_a_parameter_are_a_surface(figures):
     figures.surface(x=data("time", "Trace"), y="a", z=data("trace", "Trace"))
     assert len(layer(axes_of(figures), "surface").get_array()) == 4
+    figures.select([2, 4])
+    lines = [line for line in axes_of(figures).lines if line.get_gid() == "selected"]
+    assert [line.get_data_3d()[2].tolist() for line in lines] == [[2, 5, 1], [1, 5, -1]]
 
 
 def test_selected_runs_stand_out_in_every_kind(figures):

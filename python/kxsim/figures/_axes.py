@@ -26,6 +26,8 @@ def set_up(axes: Any, axis: Axis, values: Sequence[Values], label: str | None = 
     getattr(axes, f"set_{letter}label")(axis.label or label)
     limits = axis.limits
     categories = values[0].categories if values else None
+    if not categories and letter == "x":
+        axes.xaxis.get_major_locator().set_params(nbins=7)
     if categories:
         _name_ticks(getattr(axes, f"{letter}axis"), categories)
         limits = limits or (-0.5, len(categories) - 0.5)
@@ -45,7 +47,7 @@ def _name_ticks(axis: Any, categories: Sequence[str]) -> None:
         for each in categories[::step]
     ]
     axis.set_ticks(range(0, len(categories), step), labels=names)
-    if axis.axis_name == "x" and sum(map(len, names)) > 2 * LONGEST_NAME:
+    if axis.axis_name == "x" and axis.axes.name != "3d" and sum(map(len, names)) > 2 * LONGEST_NAME:
         axis.set_tick_params(rotation=30, labelrotation_mode="xtick")
 
 

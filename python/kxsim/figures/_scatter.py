@@ -26,7 +26,7 @@ POINTS: dict[str, dict[str, Any]] = {
 }
 LINES: dict[str, dict[str, Any]] = {
     "runs": {"zorder": 3, "linewidths": 1.3},
-    "others": {"zorder": 2, "linewidths": 1.3, "alpha": FADED},
+    "others": {"zorder": 2, "linewidths": 1.3},
     "selected": {"zorder": 4, "linewidths": 2.2},
 }
 
@@ -166,13 +166,18 @@ def _add_lines(
 ) -> None:
     places = numpy.flatnonzero(chosen)
     lines = [numpy.column_stack([series.x.traces[k], series.y.traces[k]]) for k in places]
-    look = {"alpha": 0.5 if len(chosen) > 40 and layer == "runs" else 0.9, **LINES[layer]}
-    if coloring:
+    look = dict(LINES[layer])
+    if len(chosen) >= 100:
+        look["linewidths"] *= 0.55
+    if layer == "others":
+        look["colors"] = _pale(coloring.of(chosen) if coloring else series.color)
+    elif coloring:
         scale = coloring.scale
         look |= {"array": coloring.numbers[chosen], "cmap": scale.map, "norm": scale.norm}
     else:
         look["colors"] = series.color
-    axes.add_collection(LineCollection(lines, gid=layer, **look))
+    alpha = 0.5 if len(chosen) > 40 and layer == "runs" else 1.0
+    axes.add_collection(LineCollection(lines, gid=layer, alpha=alpha, **look))
 
 
 def _handle(series: Series, coloring: Coloring | None) -> Line2D:

@@ -29,18 +29,34 @@ def surface(sheet: Any, shared: Sequence[Any]) -> None:
         sheet.notes.append(f"mean of up to {most:,} values at a point")
     axes = sheet.picture.add_subplot(projection="3d")
     scale = color_scale(sheet, z, Values("", merged[2]), slice(None))
-    is_selection = sheet.selected[runs].any()
+    is_selection = bool(sheet.selected[runs].any())
     look = {"cmap": scale.map, "norm": scale.norm, "alpha": 0.45 if is_selection else 1.0}
     _add_surface(axes, merged, look | {"gid": "surface"})
     if is_selection:
-        dots = {"c": "black", "edgecolors": "white", "s": 45, "depthshade": False, "zorder": 10}
-        axes.computed_zorder = False
-        axes.scatter(*points[:, sheet.selected[runs]], **dots, gid="selected", axlim_clip=True)
+        has_traces = any(each.traces is not None for each in columns)
+        _add_selected(axes, [points[:, runs == k] for k in _selected(sheet, runs)], has_traces)
     for axis, values in zip((x, y, z), columns, strict=True):
         set_up(axes, axis, [values])
     _dress(axes)
     if sheet.properties.Colorbar:
         add_color_bar(sheet, axes, z, columns[2], scale)
+
+
+def _selected(sheet: Any, runs: Any) -> Any:
+    """The places of the selected runs that have points."""
+    return numpy.unique(runs[sheet.selected[runs]])
+
+
+def _add_selected(axes: Any, parts: Sequence[Any], has_traces: bool) -> None:
+    """Before the surface: a line for each trace, a dot for each single value."""
+    axes.computed_zorder = False
+    common = {"zorder": 10, "gid": "selected", "axlim_clip": True}
+    if has_traces:
+        for part in parts:
+            axes.plot(*part, color="black", linewidth=1.6, **common)
+    else:
+        dots = {"c": "black", "edgecolors": "white", "s": 45, "depthshade": False}
+        axes.scatter(*numpy.concatenate(parts, axis=1), **dots, **common)
 
 
 def _only(axis: Axis, values: list[Values]) -> Values:
