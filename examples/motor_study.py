@@ -151,7 +151,7 @@ def figures(results):
         x=data("time", reduce="Trace", label="time (s)"),
         y=data("speed", reduce="Trace", label="speed (rad/s)"),
         c=data("J", label="inertia (kg m²)"),
-        Title="Every response; those with the best gains stand out",
+        Title="Every response; the best gains stand out",
         ColorMap="copper",
     )
     pictures.custom(worst_costs, Title="Worst cost over the gains; 1 or less meets all")

@@ -81,9 +81,10 @@ TEST_F(ReflectionTest, ValuesOfAnotherTypeAreRefusedAndNothingChanges) {
     }
   }
   for (const auto& [name, own] : lists()) {
+    const auto property = propertyOf(r, name);
     for (const Value& value : {Value::ofList({own.items()[0], Value(sunny)}), own.items()[0]}) {
       expectRaises<messages::CannotCastIncompatibleTypes>(
-          [&] { r->setPropertyValue(propertyOf(r, name), value); });
+          [&] { r->setPropertyValue(property, value); });
     }
   }
   expectRaises<messages::CannotCastIncompatibleTypes>([&] {
