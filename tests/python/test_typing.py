@@ -125,13 +125,21 @@ def test_a_wrong_line_is_told(line, told):
     assert any(re.search(WRONG[line], error) for error in told.get(line, [])), told.get(line)
 
 
-@pytest.mark.parametrize("page", ["README.md", "docs/python.md"])
+PAGES = ["README.md", "docs/tutorial.md", "docs/python.md"]
+UNTYPED = ["--allow-untyped-defs", "--allow-untyped-calls", "--ignore-missing-imports"]
+
+
+@pytest.mark.parametrize("page", PAGES)
 def test_the_examples_of_a_page_are_typed(page, tmp_path):
     blocks = re.findall(r"```python\n(.*?)```", (ROOT / page).read_text(), re.DOTALL)
+    assert blocks
     script = tmp_path / "page.py"
     script.write_text("\n".join(blocks))
-    options = ["--allow-untyped-defs", "--allow-untyped-calls", "--ignore-missing-imports"]
-    assert check(*options, script) == ["Success: no issues found in 1 source file"]
+    assert check(*UNTYPED, script) == ["Success: no issues found in 1 source file"]
+
+
+def test_the_examples_are_typed():
+    assert check(*UNTYPED, *sorted(ROOT.glob("examples/*.py")))[-1].startswith("Success")
 
 
 def test_the_package_itself_is_typed():
