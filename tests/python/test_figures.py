@@ -6,6 +6,7 @@ import kxsim
 import numpy as np
 import pytest
 from kxsim import design
+from kxsim.design import internal
 from kxsim.figures import FigureError, Figures, data
 from kxsim.study import grid, values, zipped
 from matplotlib.collections import LineCollection
@@ -299,6 +300,9 @@ def test_a_view_built_element_by_element_is_drawn(results):
     assert axes_of(figures, "four").get_title("left") == "first"
     figures.delete(fourth)
     assert not made[0].is_valid and made[1].is_valid
+    second.Id = first.Id
+    with pytest.raises(FigureError, match="more than one figure with the Id 'one'"):
+        figures.draw("one")
     with pytest.raises(ValueError, match="another model"):
         Figures(results, view, kxsim.Model())
     with pytest.raises(FigureError, match="not CustomPlotProperties"):
@@ -328,6 +332,10 @@ def test_custom_plots_are_drawn_by_functions_and_by_names(figures):
     titled = [lambda plot: plot.figure.suptitle("one"), lambda plot: plot.figure.suptitle("two")]
     made = [figures.custom(each) for each in titled]
     assert [figures.draw(each).get_suptitle() for each in made] == ["one", "two"]
+    for _ in range(2):
+        entry.owner().PlotConfigs.append(internal.PlotConfig(figures.model, PlotClass="twice"))
+    with pytest.raises(FigureError, match="2 plot configurations have the class 'twice'"):
+        figures.custom("twice")
     figures.custom(lambda plot: plot.column("smu"))
     with pytest.raises(FigureError, match="did you mean 'sum'") as caught:
         figures.draw()

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import importlib
 from collections.abc import Callable
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy
 
@@ -12,6 +12,9 @@ from kxsim.design import internal
 from kxsim.figures._errors import FigureError, nearest
 from kxsim.figures._links import identity_in
 from kxsim.figures._runs import Runs
+
+if TYPE_CHECKING:
+    from mf import zero
 
 
 class Plot:
@@ -44,17 +47,21 @@ class Plot:
             return cells
 
 
+Drawn = str | Callable[[Plot], object]
+"""A custom plot: a function, or what designates a plot configuration."""
+
+
 class Plots:
     """The plot configurations of a model, and the functions that were registered for them.
 
     An identifier is the identity of a configuration, or its class when no other has it.
     """
 
-    def __init__(self, model: Any) -> None:
+    def __init__(self, model: zero.Model) -> None:
         self._model = model
         self._functions: dict[str, Callable[[Plot], object]] = {}
 
-    def register(self, plot: str | Callable[[Plot], object], label: str, icon: str) -> Any:
+    def register(self, plot: Drawn, label: str, icon: str) -> internal.PlotConfig:
         """Makes the entry for a function, or for its name; one that exists is taken."""
         name = plot if isinstance(plot, str) else self._name(plot)
         self.function(name)
@@ -76,11 +83,11 @@ class Plots:
             name = f"{base} #{count}"
         return name
 
-    def _entries(self) -> list[Any]:
+    def _entries(self) -> list[internal.PlotConfig]:
         registries = self._model.elements(internal.PlotConfigRegistry)
         return [entry for registry in registries for entry in registry.PlotConfigs]
 
-    def find(self, name: str) -> Any:
+    def find(self, name: str) -> internal.PlotConfig:
         """The configuration that an identifier designates; FigureError for none or several."""
         identity, entries = identity_in(name), self._entries()
         found = [each for each in entries if each.identity() == identity]

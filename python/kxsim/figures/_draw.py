@@ -31,7 +31,7 @@ STYLE: dict[Any, Any] = {
     "axes.edgecolor": "#666666",
     "axes.labelcolor": "#222222",
     "axes.axisbelow": True,
-    "axes.formatter.limits": (-4, 5),
+    "axes.formatter.limits": (-5, 6),
     "xtick.color": "#444444",
     "ytick.color": "#444444",
     "grid.color": "#dddddd",

@@ -7,16 +7,24 @@ import os
 import re
 from collections.abc import Callable, Iterable, Iterator
 from pathlib import Path
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 from kxsim import design
 from kxsim.figures import _commands, _making
-from kxsim.figures._custom import Plot, Plots
+from kxsim.figures._custom import Drawn, Plots
 from kxsim.figures._data import literal
 from kxsim.figures._errors import FigureError, nearest
 from kxsim.figures._links import Links
 from kxsim.figures._making import What
 from kxsim.figures._runs import Runs
+
+if TYPE_CHECKING:
+    from mf import zero
+
+    from kxsim._live import Subscription
+    from kxsim._results import Results
+    from kxsim.design import internal
+    from kxsim.figures._draw import Picture
 
 
 class Figures:
@@ -28,7 +36,12 @@ class Figures:
     and the functions of custom plots. Each drawing shows the results as they are then.
     """
 
-    def __init__(self, results: Any, view: Any = None, model: Any = None) -> None:
+    def __init__(
+        self,
+        results: Results,
+        view: design.DesignView | None = None,
+        model: zero.Model | None = None,
+    ) -> None:
         if view is not None and model is not None and view.model() != model:
             raise ValueError("the view belongs to another model")
         self.results = results
@@ -38,9 +51,9 @@ class Figures:
         self._plots = Plots(self.model)
         self._current = ""
         self._selected: dict[int, None] = {}
-        self._listening: Any = None
+        self._listening: Subscription | None = None
 
-    def __iter__(self) -> Iterator[Any]:
+    def __iter__(self) -> Iterator[design.Figure]:
         return iter(self.view.Figures)
 
     def __len__(self) -> int:
@@ -55,7 +68,7 @@ class Figures:
 
     # Making ---------------------------------------------------------------------------------------
 
-    def scatter(self, x: What = (), y: What = (), c: What = (), **values: Any) -> Any:
+    def scatter(self, x: What = (), y: What = (), c: What = (), **values: Any) -> design.Figure:
         """Points over x and y, colored by c; lines for traces. Answers the new figure.
 
         What an axis plots is the name of a parameter or an output, several of them, a mapping from
@@ -65,15 +78,15 @@ class Figures:
         """
         return self._make("ScatterPlot", {"X": x, "Y": y, "C": c}, {"Colorbar": bool(c), **values})
 
-    def surface(self, x: What = (), y: What = (), z: What = (), **values: Any) -> Any:
+    def surface(self, x: What = (), y: What = (), z: What = (), **values: Any) -> design.Figure:
         """A surface z over x and y; arguments as those of `scatter`."""
         return self._make("SurfPlot", {"X": x, "Y": y, "Z": z}, {"Colorbar": True, **values})
 
-    def histogram(self, x: What = (), **values: Any) -> Any:
+    def histogram(self, x: What = (), **values: Any) -> design.Figure:
         """How often values occur; arguments as those of `scatter`, axis Y counts."""
         return self._make("Histogram", {"X": x}, values)
 
-    def custom(self, plot: str | Callable[[Plot], object], input: str = "", **values: Any) -> Any:
+    def custom(self, plot: Drawn, input: str = "", **values: Any) -> design.Figure:
         """A figure that a function draws, which is called with a `Plot`.
 
         The function, or what designates its plot configuration: an identity or a class.
@@ -84,11 +97,11 @@ class Figures:
             values = {"PlotConfigId": name, "PlotInput": input, **values}
             return self._make("CustomPlot", {}, values)
 
-    def create(self, kind: Any) -> Any:
+    def create(self, kind: Any) -> design.Figure:
         """A figure of a kind of `kxsim.design.FigureType`: outputs over parameters, the first."""
         return self._make(literal(design.FigureType, kind, "kind of figure"), {}, {})
 
-    def _make(self, kind: str, axes: dict[str, What], values: dict[str, Any]) -> Any:
+    def _make(self, kind: str, axes: dict[str, What], values: dict[str, Any]) -> design.Figure:
         figure, properties = _making.make(self.view, Runs(self.results), kind, axes, values)
         self._links.add(figure, properties)
         self._current = figure.identity()
@@ -97,11 +110,13 @@ class Figures:
     # Finding and changing -------------------------------------------------------------------------
 
     @property
-    def current(self) -> Any:
+    def current(self) -> design.Figure | None:
         """The figure that was made or set last, or the view's last, or None."""
-        figures = list(self.view.Figures)
-        made = [each for each in figures if each.identity() == self._current]
-        return (made or figures[-1:] or [None])[0]
+        last = None
+        for last in self.view.Figures:
+            if last.identity() == self._current:
+                break
+        return last
 
     @current.setter
     def current(self, figure: Any) -> None:
@@ -142,13 +157,11 @@ class Figures:
             if properties is not None:
                 properties.destroy()
 
-    def register(
-        self, plot: str | Callable[[Plot], object], label: str = "", icon: str = ""
-    ) -> Any:
+    def register(self, plot: Drawn, label: str = "", icon: str = "") -> internal.PlotConfig:
         """The plot configuration of a function, or of its name "package.module:function"."""
         return self._plots.register(plot, label, icon)
 
-    def _found(self, figure: Any) -> Any:
+    def _found(self, figure: Any) -> design.Figure:
         """A figure of the view, given itself, by its Id, or None for the current one."""
         if figure is None:
             if self.current is None:
@@ -199,7 +212,7 @@ class Figures:
         """
         return _commands.carry_out(self, command)
 
-    def listen(self, on_error: Callable[[Exception], object] | None = None) -> Any:
+    def listen(self, on_error: Callable[[Exception], object] | None = None) -> Subscription:
         """Carries out the records that are created in the model from now on.
 
         Ends with `end()` of what it answers, or with a `with` block of that. A record that fails
@@ -214,7 +227,7 @@ class Figures:
 
     # Drawing --------------------------------------------------------------------------------------
 
-    def draw(self, figure: Any = None) -> Any:
+    def draw(self, figure: Any = None) -> Picture:
         """A `matplotlib.figure.Figure` of a figure, by default the current one.
 
         FigureError when its data is not there, does not fit, or is limited to nothing.
@@ -245,6 +258,6 @@ class Figures:
         return paths
 
     def _file_name(self, place: int, figure: Any, format: str) -> str:
-        words = self.properties(figure).Title or figure.Type.name
+        words: str = self.properties(figure).Title or figure.Type.name
         slug = re.sub(r"\W+", "-", words.casefold()).strip("-")[:60]
         return f"{place:02d}-{slug or 'figure'}.{format}"

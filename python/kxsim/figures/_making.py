@@ -19,7 +19,7 @@ What = str | Iterable[str] | Mapping[str, str] | Data
 _WORDS = {bool: "a truth value", float: "a number", str: "a text"}
 
 
-def new_view(results: Any, model: Any) -> Any:
+def new_view(results: Any, model: Any) -> design.DesignView:
     """An empty view that offers all columns of the results."""
     runs = Runs(results)
     sources: list[Any] = [
@@ -30,7 +30,9 @@ def new_view(results: Any, model: Any) -> Any:
     return design.DesignView(model, DataSources=sources)
 
 
-def make(view: Any, runs: Runs, kind: str, axes: Mapping[str, What], values: dict[str, Any]) -> Any:
+def make(
+    view: Any, runs: Runs, kind: str, axes: Mapping[str, What], values: dict[str, Any]
+) -> tuple[design.Figure, Any]:
     """A figure and its properties object, or FigureError and nothing."""
     contents: dict[str, Any] = {}
     for letter, what in axes.items():
