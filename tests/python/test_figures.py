@@ -1,6 +1,9 @@
 """What a drawn figure contains, element by element, and what cannot be drawn."""
 
 import io
+import subprocess
+import sys
+import textwrap
 
 import kxsim
 import numpy as np
@@ -353,6 +356,22 @@ def test_pictures_are_saved_all_or_none(figures, tmp_path):
     with pytest.raises(FigureError):
         figures.save(tmp_path / "none")
     assert not (tmp_path / "none").exists()
+
+
+def test_matplotlib_is_loaded_when_something_is_drawn_and_pyplot_never():
+    script = """
+        import sys
+        from kxsim.figures import Figures
+        from kxsim.study import values
+        figures = Figures(values("a", [1, 2]).run(lambda run: 1, executor="serial", progress=False))
+        figures.scatter(x="a", y="output")
+        print("matplotlib" in sys.modules)
+        figures.draw()
+        print("matplotlib" in sys.modules, "matplotlib.pyplot" in sys.modules)
+    """
+    command = [sys.executable, "-c", textwrap.dedent(script)]
+    done = subprocess.run(command, capture_output=True, text=True, timeout=60)
+    assert (done.stdout, done.stderr) == ("False\nTrue False\n", "")
 
 
 def test_notebooks_show_pictures(figures):
