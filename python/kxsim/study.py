@@ -96,8 +96,12 @@ class Study:
 
     @cached_property
     def runs(self) -> Objects[design.Iteration]:
-        """The runs, elements of class `kxsim.design.Iteration`; made once."""
-        return self.space.createIterations()
+        """The runs, elements of class `kxsim.design.Iteration`; made once, all or none of them.
+
+        Observers of the model hear of all runs at once.
+        """
+        with self.model.transaction():
+            return self.space.createIterations()
 
     def __iter__(self) -> Iterator[dict[str, Any]]:
         """The values of each run, by name."""

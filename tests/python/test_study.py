@@ -136,3 +136,25 @@ def test_a_refused_study_leaves_the_model_as_it_was(model):
     with pytest.raises(kxsim.HostError) as caught:
         grid(draws(2, a=3), b=[1]).build(model)
     assert len(model) == 0 and caught.value.__notes__ == ["It was given for 'a'."]
+
+
+def test_runs_are_made_as_a_whole_or_not_at_all(model):
+    class Tiring:
+        left = 3
+
+        def random(self):
+            self.left -= 1
+            if self.left < 0:
+                raise RuntimeError("enough")
+            return 1.0
+
+    study = grid(draws(2, a=Tiring()), b=[1, 2]).build(model)
+    elements, told = len(model), []
+    subscription = model.observe(lambda changes: told.append(len(changes.created)))
+    assert len(study.runs) == 4 and told == [len(model) - elements]
+    subscription.end()
+    again = Study.of(study.space)
+    elements = len(model)
+    with pytest.raises(kxsim.HostError) as caught:
+        again.runs  # noqa: B018
+    assert isinstance(caught.value.__cause__, RuntimeError) and len(model) == elements
