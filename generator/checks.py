@@ -82,7 +82,7 @@ def check_enum(enum: Enum, problems: Problems) -> None:
 def check_class_name(cls: Class, problems: Problems) -> None:
     if not names.is_class_name(cls.name):
         problems.add(cls.where, "a class's name must begin with a capital letter")
-    elif cls.name in names.NESTED or keyword.iskeyword(cls.name):
+    elif cls.name in names.NESTED | stubs.CLASSES or keyword.iskeyword(cls.name):
         problems.add(cls.where, "is a reserved name")
     if not cls.doc:
         problems.add(cls.where, "needs a description")
@@ -95,7 +95,7 @@ def check_name(prop: Property, problems: Problems) -> None:
         problems.add(prop.where, f"its accessor '{prop.lower}' is a keyword of C++")
     elif prop.lower in names.ACCESSORS or prop.upper in names.PROPERTIES:
         problems.add(prop.where, "is a reserved name")
-    elif keyword.iskeyword(prop.name) or prop.name in stubs.NAMES:
+    elif keyword.iskeyword(prop.name) or prop.name in stubs.names_of(prop.owner.folder.module):
         problems.add(prop.where, "is a name that Python needs")
     if not prop.doc:
         problems.add(prop.where, "needs a description")

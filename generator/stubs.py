@@ -12,7 +12,7 @@ from typing import TYPE_CHECKING
 from generator.primitives import ARRAY, BOOLEAN, INTEGER, INTEGER8, REAL
 
 if TYPE_CHECKING:
-    from generator.model import Class, Enum, Operation, Package
+    from generator.model import Class, Enum, Module, Operation, Package
     from generator.property import Property
 
 WIDTH = 100
@@ -20,8 +20,14 @@ ROOT = "mf.zero.ModelElement"
 VALUE, MANY, OBJECTS = (f"kxsim.typing.{name}" for name in ("Value", "Many", "Objects"))
 SCALARS = {ARRAY: VALUE, BOOLEAN: "bool", INTEGER: "int", INTEGER8: "int", REAL: "float"}
 
-# What the stub of a class needs by name, so that no property can be called like this.
+# What a stub needs by name, so that no class or property can be called like this.
+CLASSES = frozenset(["HostEnum", "Literal", "Never", "TypedDict", "Unpack"])
 NAMES = frozenset(["Never", "Unpack", "bool", "float", "int", "kxsim", "mf", "property", "str"])
+
+
+def names_of(module: "Module") -> frozenset[str]:
+    """What no property of the module can be called: the roots of its packages among it."""
+    return NAMES | {each.path.partition(".")[0] for each in module.packages}
 
 
 def docstring(text: str, indent: int) -> str:

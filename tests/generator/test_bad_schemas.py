@@ -128,6 +128,11 @@ BAD = {
         with_property("name = 'str', type = 'String'"),
         "Tree.str: is a name that Python needs",
     ),
+    "name that hides a package from Python": (
+        with_property("name = 'sample', type = 'String'"),
+        "Tree.sample: is a name that Python needs",
+    ),
+    "class that hides what stubs import": (a_class("Literal"), "Literal: is a reserved name"),
     "class that is a keyword of Python": (a_class("None"), "None: is a reserved name"),
     "literal that is a keyword of Python": (
         "[enum.Kind]\ndoc = 'Kinds.'\n[enum.Kind.literals]\nNone = 'None.'\n",
