@@ -103,6 +103,11 @@ void ElementImpl::changeHalf(const PropertyInfo& property, void* slot, std::uint
   changePlain(*this, UndoKind::kHalf, property, slot, bits);
 }
 
+void ElementImpl::changeLiteral(const PropertyInfo& property, void* slot, std::int32_t number) {
+  values::checkLiteral(*property.enumeration, Value(property.enumeration, number));
+  changeHalf(property, slot, static_cast<std::uint32_t>(number));
+}
+
 void ElementImpl::changeByte(const PropertyInfo& property, void* slot, std::uint8_t bits) {
   changePlain(*this, UndoKind::kByte, property, slot, bits);
 }

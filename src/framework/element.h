@@ -204,7 +204,7 @@ class MF0_API ElementImpl {
     static_assert(sizeof(E) == sizeof(std::int32_t));
     if (flags_ & kAttention) [[unlikely]]
       refuseChange();
-    if (slot != value) changeHalf(property, &slot, static_cast<std::uint32_t>(value));
+    if (slot != value) changeLiteral(property, &slot, static_cast<std::int32_t>(value));
   }
   void assign(const PropertyInfo& property, Text& slot, std::u16string_view value) {
     if (flags_ & kAttention) [[unlikely]]
@@ -268,6 +268,8 @@ class MF0_API ElementImpl {
   [[noreturn]] void refuseChange() const;
   void changeWord(const PropertyInfo& property, void* slot, std::uint64_t bits);
   void changeHalf(const PropertyInfo& property, void* slot, std::uint32_t bits);
+  /// Raises InvalidValue for a number that is neither a literal nor 0, which is none.
+  void changeLiteral(const PropertyInfo& property, void* slot, std::int32_t number);
   void changeByte(const PropertyInfo& property, void* slot, std::uint8_t bits);
   void changeText(const PropertyInfo& property, Text& slot, std::u16string_view value);
   void changeArray(const PropertyInfo& property, ArraySlot& slot, const vxArray* value);

@@ -50,6 +50,7 @@ constexpr CatalogEntry kCatalog[] = {
     {"CannotResolveProxy", "The element of identity {0} cannot be loaded: {1}."},
     {"CannotDestroyReferencedElement",
      "The element, of class '{0}', is kept because others refer to it."},
+    {"NotAnElementClass", "Objects of '{0}' are not elements of a model."},
     {"NoSuchProperty", "The class '{0}' has no property '{1}'."},
     {"NoSuchLiteral", "The enumeration '{0}' has no literal '{1}'."},
     {"NoSuchElement", "The collection does not hold the element."},

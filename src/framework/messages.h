@@ -149,6 +149,9 @@ struct CannotDestroyReferencedElement : Message {
   explicit CannotDestroyReferencedElement(std::string_view type)
       : Message("CannotDestroyReferencedElement", type) {}
 };
+struct NotAnElementClass : Message {
+  explicit NotAnElementClass(std::string_view type) : Message("NotAnElementClass", type) {}
+};
 struct NoSuchProperty : Message {
   NoSuchProperty(std::string_view type, std::string_view property)
       : Message("NoSuchProperty", type, property) {}

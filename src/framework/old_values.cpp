@@ -36,13 +36,15 @@ bool touches(UndoLog& log, const ElementImpl& element, const PropertyInfo& prope
   return only.element == element.id() && only.property == property.index;
 }
 
-/// The later logs that touch the property, oldest first. Those that observers have yet to be told
-/// of can be many.
+/// The later logs that touch the property, oldest first; of a single value only the first, which
+/// has the value. Those that observers have yet to be told of can be many.
 std::vector<UndoLog*> laterTouching(UndoLog& log, const ElementImpl& element,
                                     const PropertyInfo& property) {
   std::vector<UndoLog*> found;
   for (UndoLog* next = log.model.logAfter(log); next; next = log.model.logAfter(*next)) {
-    if (touches(*next, element, property)) found.push_back(next);
+    if (!touches(*next, element, property)) continue;
+    found.push_back(next);
+    if (!property.has(kMany)) break;
   }
   return found;
 }

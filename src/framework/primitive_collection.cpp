@@ -78,17 +78,18 @@ Value AbstractPrimitiveCollection::valueAt(std::size_t index) const {
   return values::itemAt(*property_, list, index);
 }
 
-bool AbstractPrimitiveCollection::containsValue(const Value& value) const {
+std::optional<std::size_t> AbstractPrimitiveCollection::indexOfValue(const Value& value) const {
   const Value wanted = filled(*property_, value);
   const PrimitiveList& list = readable<PrimitiveList>(owner_, *property_);
   if (!isOrdered()) {
-    return values::holdsAt(*property_, list, values::lowerBound(*property_, list, wanted), wanted);
+    const std::size_t place = values::lowerBound(*property_, list, wanted);
+    return values::holdsAt(*property_, list, place, wanted) ? std::optional(place) : std::nullopt;
   }
   const std::size_t count = values::countOf(*property_, list);
   for (std::size_t i = 0; i < count; ++i) {
-    if (values::same(values::itemAt(*property_, list, i), wanted)) return true;
+    if (values::same(values::itemAt(*property_, list, i), wanted)) return i;
   }
-  return false;
+  return std::nullopt;
 }
 
 void AbstractPrimitiveCollection::addValue(const Value& value) {

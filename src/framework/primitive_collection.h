@@ -27,7 +27,9 @@ class MF0_API AbstractPrimitiveCollection {
   std::size_t size() const;
   bool empty() const { return size() == 0; }
   Value valueAt(std::size_t index) const;
-  bool containsValue(const Value& value) const;
+  bool containsValue(const Value& value) const { return indexOfValue(value).has_value(); }
+  /// The first place where the value stands; NaN is found as well.
+  std::optional<std::size_t> indexOfValue(const Value& value) const;
   /// Appends to a sequence; puts into a set, where a value already held changes nothing.
   void addValue(const Value& value);
   void insertValue(std::size_t index, const Value& value);

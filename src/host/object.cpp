@@ -21,7 +21,7 @@ ContentRef newObject(const HostClass& hostClass) {
     case vcos::ClassKind::Value: return detail::newValueContent(hostClass, kScalarDims);
     case vcos::ClassKind::Handle: break;
   }
-  if (hostClass.kind()) return detail::newNativeContent({{&hostClass}}, kScalarDims);
+  if (hostClass.kind()) return detail::newHandleContent(hostClass);
   return detail::newRecordContent(ClassId::Object, kScalarDims, {{&hostClass}, noFields, nullptr});
 }
 

@@ -32,6 +32,30 @@ std::size_t indexOfName(const FieldNames& names, std::string_view name) {
   return static_cast<std::size_t>(std::ranges::find(names, name) - names.begin());
 }
 
+using SharedNames = std::shared_ptr<const FieldNames>;
+
+SharedNames newNames(std::span<const std::string_view> fields) {
+  auto names = std::make_shared<FieldNames>();
+  for (const std::string_view field : fields) {
+    requireNewName(*names, field);
+    names->emplace_back(field);
+  }
+  return names;
+}
+
+// Structs with the same fields are often made one after the other, or in turn with a few others.
+SharedNames namesOf(std::span<const std::string_view> fields) {
+  detail::requireHostThread();
+  // Never destroyed: a struct may be made while the process ends.
+  static auto& latest = *new std::array<SharedNames, 4>();
+  static std::size_t oldest = 0;
+  for (const SharedNames& names : latest) {
+    if (names != nullptr && std::ranges::equal(*names, fields)) return names;
+  }
+  SharedNames& place = latest[oldest++ % latest.size()];
+  return place = newNames(fields);
+}
+
 // The content with one more field, empty in every element.
 ContentRef withField(const Content& content, std::string_view name) {
   auto names = std::make_shared<FieldNames>(namesOf(content));
@@ -57,12 +81,7 @@ ArrayPtr createStruct(std::span<const std::string_view> fields) {
 }
 
 ArrayPtr createStruct(Dims dims, std::span<const std::string_view> fields) {
-  auto names = std::make_shared<FieldNames>();
-  for (const std::string_view field : fields) {
-    requireNewName(*names, field);
-    names->emplace_back(field);
-  }
-  detail::Record record{{nullptr}, std::move(names), nullptr};
+  detail::Record record{{nullptr}, namesOf(fields), nullptr};
   return detail::newArray(detail::newRecordContent(ClassId::Struct, dims, std::move(record)));
 }
 
@@ -79,8 +98,15 @@ const vxArray* field(const vxArray* record, std::string_view name, std::size_t k
   const FieldNames& names = namesOf(content);
   const std::size_t column = indexOfName(names, name);
   if (column == names.size()) detail::fail("NoSuchField", {name, className(record)});
+  return fieldAt(record, column, k);
+}
+
+const vxArray* fieldAt(const vxArray* record, std::size_t place, std::size_t k) {
+  const Content& content = requireRecord(record);
+  const std::size_t fields = namesOf(content).size();
+  detail::requireIndex(place, fields);
   detail::requireIndex(k, detail::countOf(content));
-  return &detail::childrenOf(content)[k * names.size() + column];
+  return static_cast<const vxArray*>(detail::elementsOf(content)) + (k * fields + place);
 }
 
 void setField(vxArray* record, std::string_view name, const vxArray* value, std::size_t k) {

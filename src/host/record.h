@@ -22,6 +22,9 @@ VEXAL_API bool hasField(const vxArray* record, std::string_view name);
 /// "Vexal:host:NoSuchField" when there is none of that name.
 VEXAL_API const vxArray* field(const vxArray* record, std::string_view name, std::size_t k = 0);
 
+/// The same of the field at a place in fieldNames().
+VEXAL_API const vxArray* fieldAt(const vxArray* record, std::size_t place, std::size_t k = 0);
+
 /// Stores a copy of the value in a field of the k-th element; a new name becomes a field
 /// of every element. Raises "Vexal:host:InvalidFieldName" for an empty name, and
 /// "Vexal:host:FixedObject" for an object that stands for a native value.

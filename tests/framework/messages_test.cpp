@@ -39,6 +39,7 @@ std::vector<Message> oneOfEach() {
       CannotConvertToProxy("@one"),
       CannotResolveProxy("@one", "@two"),
       CannotDestroyReferencedElement("@one"),
+      NotAnElementClass("@one"),
       NoSuchProperty("@one", "@two"),
       NoSuchLiteral("@one", "@two"),
       NoSuchElement(),

@@ -298,6 +298,19 @@ TEST_F(MetaRegistrationTest, ALockThatThisThreadHoldsIsASystemErrorNotAHang) {
   EXPECT_TRUE(part());
 }
 
+TEST_F(MetaRegistrationTest, SomebodyElsesTransactionIsRefusedForItsEndWouldTakeThingsBack) {
+  {
+    const Transaction foreign = registry_.model()->beginTransaction();
+    expectRaises<messages::CannotNestTransaction>([&] { shop_.initialize(); });
+    expectRaises<messages::CannotNestTransaction>([&] { registry_.registerPrimitiveType("Own"); });
+  }
+  expectNothingRegistered();
+  EXPECT_FALSE(registry_.findType("Own"));
+  EXPECT_TRUE(registry_.model()->isFrozen());
+  shop_.initialize();
+  EXPECT_TRUE(part());
+}
+
 TEST_F(MetaRegistrationTest, OtherThreadsSeeCompleteRegistrationsOnly) {
   const auto seenElsewhere = [&](std::string_view name) {
     bool seen = false;

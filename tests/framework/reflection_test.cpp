@@ -93,6 +93,21 @@ TEST_F(ReflectionTest, ValuesOfAnotherTypeAreRefusedAndNothingChanges) {
   EXPECT_EQ(differences(before, pictureOf(model)), "");
 }
 
+TEST_F(ReflectionTest, NumbersThatAreNoLiteralsAreRefusedHoweverTheyAreSet) {
+  const Plant lily = plant();
+  const Record held = record();
+  const auto kind = propertyOf(lily, u"Kind");
+  for (const auto number : {99, -1}) {
+    const auto wrong = static_cast<Kind>(number);
+    expectRefused<messages::InvalidValue>([&] { lily->setKind(wrong); });
+    expectRefused<messages::InvalidValue>([&] { lily->setPropertyValue(kind, wrong); });
+    expectRefused<messages::InvalidValue>([&] { Plant::Builder(model).setKind(wrong).create(); });
+    expectRefused<messages::InvalidValue>([&] { held->getChoicesMutable().add(wrong); });
+  }
+  lily->setKind(Kind{});  // none
+  EXPECT_FALSE(lily->hasPropertyValue(kind));
+}
+
 TEST_F(ReflectionTest, PropertiesAreThoseOfTheClassAndItsSuperclasses) {
   const RaisedBed high = RaisedBed::create(model);
   EXPECT_EQ(high->getPropertyByIndex(1), propertyOf(high, u"Label"));

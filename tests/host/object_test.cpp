@@ -39,6 +39,9 @@ TEST_F(ObjectTest, AStructKeepsItsFieldsInEveryElement) {
   EXPECT_EQ(doubleData(field(pair.get(), "c", 0))[0], 3);
   EXPECT_TRUE(isEmpty(field(pair.get(), "c", 1)));
   EXPECT_FALSE(hasField(narrow.get(), "c"));
+  const ArrayPtr again = createStruct(std::array<std::string_view, 2>{"a", "b"});
+  EXPECT_EQ(fieldNames(again.get()).size(), 2U);  // names are shared, but not the wider ones
+  EXPECT_EQ(doubleData(fieldAt(pair.get(), 2, 0))[0], 3);
 }
 
 TEST_F(ObjectTest, BadFieldsAreRefusedAndLeaveTheStructAsItWas) {
@@ -52,6 +55,7 @@ TEST_F(ObjectTest, BadFieldsAreRefusedAndLeaveTheStructAsItWas) {
   expectHostError("Vexal:host:NullArray", [&] { setField(record.get(), "z", nullptr); });
   expectHostError("Vexal:host:IndexOutOfRange",
                   [&] { setField(record.get(), "z", value.get(), 1); });
+  expectHostError("Vexal:host:IndexOutOfRange", [&] { fieldAt(record.get(), 1); });
   expectHostError("Vexal:host:WrongClass", [&] { fieldNames(value.get()); });
   EXPECT_TRUE(equalContent(record.get(), before.get()));
 }

@@ -76,7 +76,7 @@ Registration::Registration(MetaRegistry& registry)
       thaw_(Model::Freezer(model_).thaw()),
       tables_(registry.tables_),
       serializers_(PropertySerializerRegistry::getInstance().table_),
-      transaction_(model_->beginTransaction(false)) {}
+      transaction_(model_->beginTransaction(true)) {}
 
 void Registration::commit() {
   tables_.publish();

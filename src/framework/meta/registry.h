@@ -128,7 +128,8 @@ class MF0_API MetaRegistry {
 
 /// A change of the registries in progress: holds the registry's mutex, keeps the meta model thawed
 /// and in one transaction. Destroyed without commit it leaves everything as it was. Raises
-/// std::system_error when the mutex cannot be locked.
+/// std::system_error when the mutex cannot be locked, and CannotNestTransaction when somebody has
+/// a transaction open on the meta model, whose end would take back what was published.
 class MF0_API Registration {
  public:
   explicit Registration(MetaRegistry& registry);

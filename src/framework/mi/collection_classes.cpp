@@ -47,11 +47,7 @@ struct Primitives : AbstractPrimitiveCollection {
     return marshalerOf(property()).toVxArray(valueAt(index));
   }
   std::optional<std::size_t> find(const vxArray* value) const {
-    const Value wanted = valueOf(property(), value);
-    for (std::size_t k = 0; k < size(); ++k) {
-      if (valueAt(k) == wanted) return k;
-    }
-    return std::nullopt;
+    return indexOfValue(valueOf(property(), value));
   }
   void addAll(const vxArray* values) {
     Transaction transaction = owner()->model().beginTransaction();

@@ -1,5 +1,6 @@
 #include "framework/mi/creation_arguments.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string>
@@ -114,9 +115,10 @@ std::unique_ptr<Builder> createBuilderFromStruct(const vxArray* records, std::si
                                                  const Model& model, const ClassInfo& info) {
   auto builder = std::make_unique<Builder>(info, model);
   BuilderValues& values = builder->values();
-  values.reserve(vexal::fieldNames(records).size());
-  for (const std::string& name : vexal::fieldNames(records)) {
-    setField(values, name, vexal::field(records, name, index));
+  const std::span<const std::string> names = vexal::fieldNames(records);
+  values.reserve(names.size());
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    setField(values, names[k], vexal::fieldAt(records, k, index));
   }
   return builder;
 }
@@ -150,6 +152,14 @@ CreationArguments readCreationArguments(std::span<const vxArray* const> inputs, 
   }
   if (!arguments.builder) arguments.builder = std::make_unique<Builder>(info, model);
   return arguments;
+}
+
+// Whatever is contained may be of a class with checks.
+bool hasChecks(const ClassInfo& info) {
+  const auto mayAsk = [](const PropertyInfo& property) {
+    return property.check || property.has(kContainment);
+  };
+  return std::ranges::any_of(info.properties, mayAsk) || (info.super && hasChecks(*info.super));
 }
 
 void askChecks(const ElementImpl& element) {

@@ -50,6 +50,9 @@ struct CreationArguments {
 MF0_API CreationArguments readCreationArguments(std::span<const vxArray* const> inputs,
                                                 const Model& model, const ClassInfo& info);
 
+/// Whether elements of the class, or what they may contain, have checks of host arrays.
+MF0_API bool hasChecks(const ClassInfo& info);
+
 /// Asks the class's checks of host arrays, as setters do, about the present values of an element
 /// and of its contents. Raises what they raise.
 MF0_API void askChecks(const ElementImpl& element);
@@ -59,7 +62,7 @@ MF0_API void askChecks(const ElementImpl& element);
 template <class Create>
 ModelElement createChecked(const CreationArguments& arguments, const Model& model,
                            Create&& create) {
-  if (!arguments.hasValues) return create();
+  if (!arguments.hasValues || !hasChecks(arguments.builder->values().classInfo())) return create();
   Transaction transaction = model->beginTransaction();
   ModelElement created = create();
   askChecks(*created.impl());

@@ -18,6 +18,7 @@ namespace {
 
 using vcos::Native;
 using vcos::factory::PropertyRow;
+using vcos::internal::keptForEver;
 using vexal::ArrayPtr;
 
 ElementImpl& elementIn(const Native& native) { return *static_cast<ElementImpl*>(native.object); }
@@ -87,12 +88,23 @@ ArrayPtr readCollection(const PropertyRow& row, const Native& native) {
   return toHost(elementIn(native), propertyOf(row));
 }
 
+void listElements(const PropertyRow& row, const Native& native, vcos::NativeList& to) {
+  const ReferenceList& list = stored<ReferenceList>(row, native);
+  for (std::uint32_t slot = 0; slot < list.size; ++slot) {
+    const ElementId held = list.slots[slot].target;
+    if (held != kNoElement) to.add(kElements, Chunk::find(elementIn(native), held));
+  }
+}
+
 struct Access {
   vcos::factory::ReadProperty read;
   vcos::factory::WriteProperty write;
+  vcos::factory::ListNatives list = nullptr;
 };
 
 Access accessTo(const PropertyInfo& property) {
+  if (property.isReferenceList() && !property.derive)
+    return {&readCollection, nullptr, &listElements};
   if (property.has(kMany)) return {&readCollection, nullptr};
   if (property.derive) return {&readOther, nullptr};
   switch (property.kind) {
@@ -108,16 +120,12 @@ Access accessTo(const PropertyInfo& property) {
   return {&readOther, &writeOther};
 }
 
-std::string_view interned(const std::string& text) {
-  return vcos::internal::makeInterned(text).text();
-}
-
 }  // namespace
 
 std::string_view dataTypeOf(const PropertyInfo& property) {
   if (property.kind == ValueKind::kElement) {
     if (property.has(kMany)) return "mf.zero.Set";
-    return interned(std::string(property.target->qualifiedName) + " property");
+    return keptForEver(std::string(property.target->qualifiedName) + " property");
   }
   if (property.has(kMany)) return "mf.zero.PrimitiveSet";
   if (property.kind == ValueKind::kEnumeration) return enumDataType(*property.enumeration);
@@ -138,7 +146,7 @@ void completeProperties(const ClassInfo& info, vcos::ClassDefinition& definition
     auto row = std::ranges::find(definition.properties, &property, &PropertyRow::context);
     if (row == definition.properties.end()) {
       definition.properties.push_back(
-          elementProperty(interned(toUtf8(property.name)), property, {}));
+          elementProperty(keptForEver(toUtf8(property.name)), property, {}));
       row = definition.properties.end() - 1;
     }
     if (row->read) {
@@ -148,6 +156,7 @@ void completeProperties(const ClassInfo& info, vcos::ClassDefinition& definition
       const Access access = accessTo(property);
       row->read = access.read;
       row->write = access.write;
+      row->list = access.list;
     }
     if (property.has(kReadOnly)) row->write = nullptr;
   }
@@ -159,7 +168,7 @@ std::string_view PrimitiveProperty::dataTypeOf(const PropertyInfo& property) {
   if (!property.has(kMany)) return marshalerOf(property).dataType();
   if (property.kind == ValueKind::kString) return vcos::factory::detail::kStringVector;
   const std::string_view one = marshalerOf(property).dataType();
-  return interned(std::string(one.substr(0, one.find(' '))) + " vector");
+  return keptForEver(std::string(one.substr(0, one.find(' '))) + " vector");
 }
 
 ArrayPtr PrimitiveProperty::get(const PropertyRow& row, const Native& native) {

@@ -46,7 +46,7 @@ void EmptyParentPackage::renew(vcos::COSPackage* package,
                                std::unique_ptr<EmptyParentPackage> again) {
   if (filled_) return filled_->renew(package, std::move(again));
   if (isPlain(*this) && !isPlain(*again)) {
-    again->initializePackage(package);
+    package->initializeWith(*again);
     filled_ = std::move(again);
   }
   for (const Enum& added : enums_) install(added);

@@ -34,7 +34,7 @@ ArrayPtr enumMember(const EnumInfo& info, std::int32_t integer) {
 std::string_view enumDataType(const EnumInfo& info) {
   std::string text(vcos::factory::detail::kStringScalar);
   text.replace(0, vcos::factory::detail::kStringType.size(), info.qualifiedName);
-  return vcos::internal::makeInterned(text).text();
+  return vcos::internal::keptForEver(text);
 }
 
 namespace {

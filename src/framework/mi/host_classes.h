@@ -2,7 +2,10 @@
 // collections, transactions, subscriptions and the meta classes.
 #pragma once
 
+#include <memory>
+
 #include "framework/export.h"
+#include "framework/mi/empty_parent_package.h"
 #include "host/vcos/table.h"
 
 namespace mf::zero::mi {
@@ -24,6 +27,9 @@ extern const vcos::factory::ClassTable kSetTable;
 extern const vcos::factory::ClassTable kSequenceTable;
 extern const vcos::factory::ClassTable kPrimitiveSetTable;
 extern const vcos::factory::ClassTable kPrimitiveSequenceTable;
+
+/// The package "mf.zero.meta".
+std::unique_ptr<EmptyParentPackage> makeMetaPackage();
 
 }  // namespace detail
 }  // namespace mf::zero::mi

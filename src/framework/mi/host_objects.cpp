@@ -96,10 +96,11 @@ const COSClass* findHostClass(const void* info, std::string_view name) {
 void registerElementClass(const ClassInfo& info) { known().byName[info.qualifiedName] = &info; }
 
 const ClassInfo& elementClass(std::string_view name) {
-  COSClass::getClass(name);  // its package may have it for the asking
+  const COSClass* const hostClass = COSClass::getClass(name);  // its package may have it
   const auto found = known().byName.find(name);
-  if (found == known().byName.end()) reportException(mf0::messages::NoSuchType(name));
-  return *found->second;
+  if (found != known().byName.end()) return *found->second;
+  if (hostClass) reportException(mf0::messages::NotAnElementClass(name));
+  reportException(mf0::messages::NoSuchType(name));
 }
 
 const ClassInfo& elementClass(const vxArray* argument) {
@@ -200,6 +201,9 @@ std::vector<ModelElement> elementsOf(const vxArray* objects) {
 
 Model modelOf(const vxArray* models) noexcept {
   try {
+    if (const Native one = vcos::factory::impl::nativeOf(models, kModels); one.object) {
+      return Model(&modelIn(one));
+    }
     if (vexal::isEmpty(models) || !vexal::isClass(models, vexal::ClassId::Object)) return {};
     const vexal::ArrayPtr first = omGetArrayElement(models, 0);
     return Model(

@@ -33,7 +33,8 @@ extern MF0_API const vcos::NativeFamily kCollections;
 /// for ever.
 MF0_API void registerElementClass(const ClassInfo& info);
 
-/// The description of an element class by its name. Raises NoSuchType.
+/// The description of an element class by its name. Raises NotAnElementClass for the name of
+/// another class, an enumeration say, and NoSuchType.
 MF0_API const ClassInfo& elementClass(std::string_view name);
 /// The same for an argument: the name as text, or the class's object of "mf.zero.meta.Class".
 /// Raises InvalidValue for anything else.

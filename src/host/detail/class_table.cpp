@@ -64,20 +64,23 @@ HostClass& requireClass(std::string_view name) {
   return *found;
 }
 
-void removeUnusedClasses(std::string_view package) {
-  std::erase_if(classes(), [&](const auto& entry) {
-    const auto& [name, hostClass] = entry;
-    const bool isBelow =
-        name.size() > package.size() && name[package.size()] == '.' && name.starts_with(package);
-    return isBelow && hostClass.description && !hostClass.description->isFilled();
-  });
+void withdrawClass(const std::string& name) {
+  HostClass* const found = findClass(name);
+  if (found == nullptr || found->description == nullptr) return;
+  if (found->description->isFilled()) {
+    found->isWithdrawn = true;
+  } else {
+    classes().erase(name);
+  }
 }
 
-std::vector<std::string> classNamesBelow(std::string_view package) {
+std::vector<std::string> classNamesBelow(std::string_view package, bool isDeep) {
   std::vector<std::string> names;
   for (const auto& [name, hostClass] : classes()) {
-    const std::size_t dot = name.rfind('.');
-    if (dot == package.size() && name.starts_with(package)) names.push_back(name);
+    const bool isBelow =
+        name.size() > package.size() && name[package.size()] == '.' && name.starts_with(package);
+    const bool isWanted = isDeep || name.rfind('.') == package.size();
+    if (isBelow && isWanted && !hostClass.isWithdrawn) names.push_back(name);
   }
   std::ranges::sort(names);
   return names;

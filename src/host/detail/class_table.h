@@ -37,6 +37,8 @@ struct HostClass final : vcos::COSClass {
   const HostClass* superclass = nullptr;  // once a described class is filled in
   std::vector<Method> methods;
   std::unique_ptr<vcos::detail::Description> description;  // null for one defined by name alone
+  bool isWithdrawn = false;  // its package failed to initialise, and may be added again
+  std::vector<std::unique_ptr<vcos::detail::Description>> former;  // subclasses may refer to them
 };
 
 struct NameHash {
@@ -61,10 +63,12 @@ HostClass* loadClass(std::string_view name);
 /// The same; raises "Vexal:class:UnknownClass" when there is none.
 HostClass& requireClass(std::string_view name);
 HostClass& addClass(std::string_view name, const HostClass* superclass);
-/// Takes out the classes below a package that nobody has used yet.
-void removeUnusedClasses(std::string_view package);
-/// The names of the classes directly below a package; in alphabetical order.
-std::vector<std::string> classNamesBelow(std::string_view package);
+/// Takes out a described class if nobody has used it yet; otherwise its name may be given a new
+/// description.
+void withdrawClass(const std::string& name);
+/// The names of the classes directly below a package, or at any depth, but for withdrawn ones; in
+/// alphabetical order.
+std::vector<std::string> classNamesBelow(std::string_view package, bool isDeep = false);
 
 /// The method that objects of the class answer the name with, or null.
 const std::shared_ptr<const HostFunction>* findMethod(const HostClass* hostClass,

@@ -143,6 +143,17 @@ void fillWith(std::span<vxArray> children, Content* initial) noexcept {
   }
 }
 
+bool isPlain(const Content& content) noexcept {
+  return content.layout == Layout::Elements && content.classId != ClassId::Cell;
+}
+
+// The same for numbers, logicals and characters, the most frequent by far.
+void freePlainBlock(Content* content) noexcept {
+  --contentCount;
+  giveBlock(content, sizeof(Content) + content->rank * sizeof(std::size_t) +
+                         countOf(*content) * elementSize(content->classId));
+}
+
 bool dropReference(Content* content) noexcept {
   return content->references != kImmortal && --content->references == 0;
 }
@@ -177,7 +188,8 @@ std::span<vxArray> childrenOf(Content* content) noexcept {
 }
 
 void release(Content* content) noexcept {
-  if (dropReference(content)) freeDead(content);
+  if (!dropReference(content)) return;
+  isPlain(*content) ? freePlainBlock(content) : freeDead(content);
 }
 
 std::size_t liveContents() noexcept { return contentCount; }
@@ -227,6 +239,16 @@ ContentRef newNativeContent(const NativeHead& head, Dims dims) {
   ContentRef content = newBlock(ClassId::Object, Layout::Natives, dims, sizeof(void*), Fill::Zero);
   new (&headOf<NativeHead>(content.get())) NativeHead(head);
   return content;
+}
+
+ContentRef newHandleContent(const HostClass& hostClass) {
+  requireHostThread();
+  auto* const content = new (objectBlocks.take()) Content{1, ClassId::Object, Layout::Natives, 2};
+  std::fill_n(dimsOf(content), 2, std::size_t{1});
+  new (&headOf<NativeHead>(content)) NativeHead{{&hostClass}};
+  *static_cast<void**>(elementsOf(content)) = nullptr;
+  ++contentCount;
+  return ContentRef(content);
 }
 
 // Not for natives: what stands for them is never changed, only replaced.

@@ -135,6 +135,9 @@ inline const HostClass& classOf(const Content& content) noexcept {
 /// Whether it is a 1-by-1 object.
 inline bool isOneObject(const Content& content) noexcept {
   if (content.classId != ClassId::Object || content.layout == Layout::Objects) return false;
+  if (content.layout == Layout::Natives) {
+    return headOf<NativeHead>(content).state != NativeHead::State::Block;
+  }
   return content.layout == Layout::Fields || countOf(content) == 1;
 }
 
@@ -196,6 +199,8 @@ ContentRef newObjectArrayContent(const HostClass& hostClass, Dims dims, Content*
 /// Objects of a value class, every integer 0, and addresses that are not set yet.
 ContentRef newValueContent(const HostClass& hostClass, Dims dims);
 ContentRef newNativeContent(const NativeHead& head, Dims dims);
+/// One handle object, which stands for nothing yet.
+ContentRef newHandleContent(const HostClass& hostClass);
 
 /// Gives back what a block of natives holds, on its way out.
 void releaseNatives(Content* content) noexcept;

@@ -65,6 +65,7 @@ inline constexpr MessageText kClassTexts[] = {
     {"MethodExists", "The class '{0}' already has a method '{1}'."},
     {"NameExists", "'{0}' is already defined."},
     {"NoSuchMember", "There is no '{1}' in the class '{0}'."},
+    {"NotACollection", "'{1}' of the class '{0}' holds no collection of objects."},
     {"NotAMethod", "'{1}' of the class '{0}' is not a method that can be called like this."},
     {"NotAProperty", "'{1}' of the class '{0}' is a method, not a property."},
     {"NotAValueClass", "'{0}' is not a class of values."},

@@ -197,11 +197,11 @@ ArrayPtr byHost(const DataType& type, const vxArray* value) {
 
 [[noreturn]] void refuse(const DataType& type, const vxArray* value) {
   if (type.kind == TypeKind::Class && classOf(type) == nullptr && type.added.empty()) {
-    fail("UnknownType", {type.name.text()});
+    fail("UnknownType", {type.name});
   }
   const bool isOnlyShape = isOfKind(type, *value->content);
-  isOnlyShape ? fail("WrongShape", {type.name.text(), vexal::describe(value)})
-              : fail("CannotConvert", {type.name.text(), vexal::describe(value)});
+  isOnlyShape ? fail("WrongShape", {type.name, vexal::describe(value)})
+              : fail("CannotConvert", {type.name, vexal::describe(value)});
 }
 
 }  // namespace
@@ -211,6 +211,8 @@ Converted convertTo(const DataType& type, const vxArray* value) {
   if (isOfType(type, content)) return Converted(value);
   if (type.kind == TypeKind::Class && classOf(type) == nullptr && type.added.empty()) {
     loadType(type.typeName);
+    const DataType* const declared = findDataType(type.name);
+    if (declared != nullptr && declared != &type) return convertTo(*declared, value);
   }
   if (COSTypeConversion* const conversion = addedConversion(type, value)) {
     if (ArrayPtr made = conversion->convert(value)) return Converted(std::move(made));

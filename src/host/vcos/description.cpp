@@ -34,7 +34,10 @@ std::vector<Property> propertiesOf(const ClassDefinition& definition) {
   std::vector<Property> properties;
   properties.reserve(definition.properties.size());
   for (const factory::PropertyRow& row : definition.properties) {
-    properties.push_back({row, &dataTypeNamed(row.dataType)});
+    properties.push_back({row, nullptr});
+    factory::PropertyRow& own = properties.back().row;
+    if (own.tellType != nullptr) own.dataType = own.tellType();
+    properties.back().type = &dataTypeNamed(own.dataType);
   }
   return properties;
 }

@@ -1,6 +1,7 @@
 #include "host/vcos/method.h"
 
 #include <algorithm>
+#include <array>
 
 #include "host/detail/messages.h"
 #include "host/vcos/detail/data_type.h"
@@ -105,13 +106,14 @@ vexal::ArrayPtr Invoker::invoke(const MethodImpl& method, MethodCall call,
   if (inputs.size() < required) refuse("TooFewArguments", required);
   if (inputs.size() > all) refuse("TooManyArguments", all);
 
-  std::vector<vcos::detail::Converted> converted;
-  std::vector<const vxArray*> values;
-  converted.reserve(inputs.size());
-  values.reserve(inputs.size());
+  std::array<const vxArray*, 8> few;
+  std::vector<const vxArray*> many(inputs.size() > few.size() ? inputs.size() : 0);
+  const std::span<const vxArray*> values(many.empty() ? few.data() : many.data(), inputs.size());
+  std::vector<vexal::ArrayPtr> made;
   for (std::size_t k = 0; k < inputs.size(); ++k) {
-    converted.push_back(convertArgument(method, k, inputs[k]));
-    values.push_back(converted.back().get());
+    vcos::detail::Converted converted = convertArgument(method, k, inputs[k]);
+    values[k] = converted.get();
+    if (vexal::ArrayPtr owned = converted.take()) made.push_back(std::move(owned));
   }
   call.inputs = values;
   // A conversion runs code of others, which may have destroyed the native.

@@ -29,5 +29,8 @@ namespace internal {
 /// The one interned name with that text.
 VEXAL_API InternedName makeInterned(std::string_view text);
 
+/// The same text, valid for ever.
+inline std::string_view keptForEver(std::string_view text) { return makeInterned(text).text(); }
+
 }  // namespace internal
 }  // namespace vcos

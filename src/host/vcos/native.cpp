@@ -38,22 +38,35 @@ const HostClass& classOf(const NativeFamily& family, const Native& native,
   return self(*hostClass);
 }
 
+// After reserveOne(), of a native that has no object.
+void pair(Content* content, const NativeFamily& family, const Native& native) {
+  if (family.retain != nullptr) family.retain(native);
+  *static_cast<void**>(vexal::detail::elementsOf(content)) = native.object;
+  auto& head = vexal::detail::headOf<NativeHead>(content);
+  head.family = &family;
+  head.part = native.part;
+  head.state = State::Paired;
+  pairings().insert(content);
+}
+
 ContentRef pairedContent(const NativeFamily& family, const Native& native,
                          const COSClass* hostClass) {
   if (native.object == nullptr) fail("InvalidHandle");
   if (Content* const known = pairings().find(family, native)) {
     return ContentRef(vexal::detail::share(known));
   }
-  constexpr std::array<std::size_t, 2> kScalarDims{1, 1};
   const HostClass& itsClass = classOf(family, native, hostClass);
   pairings().reserveOne();
-  ContentRef content = vexal::detail::newNativeContent(
-      {{&itsClass}, &family, native.part, State::Removed}, kScalarDims);
-  if (family.retain != nullptr) family.retain(native);
-  *static_cast<void**>(vexal::detail::elementsOf(content.get())) = native.object;
-  vexal::detail::headOf<NativeHead>(content.get()).state = State::Paired;
-  pairings().insert(content.get());
+  ContentRef content = vexal::detail::newHandleContent(itsClass);
+  pair(content.get(), family, native);
   return content;
+}
+
+// Whether it is an object of the class that nobody shares and that has never stood for anything.
+bool isBlank(const Content& content, const HostClass& hostClass) {
+  return content.layout == vexal::detail::Layout::Natives && content.references == 1 &&
+         &vexal::detail::classOf(content) == &hostClass &&
+         detail::nativeIn(content).object == nullptr;
 }
 
 const HostClass& sharedClass(const NativeFamily& family, std::span<void* const> natives) {
@@ -101,11 +114,18 @@ ArrayPtr BindingRegistry::announce(const NativeFamily& family, Native native,
 void BindingRegistry::announceForConstructor(const NativeFamily& family, Native native,
                                              std::string_view className, vxArray* object,
                                              bool isExclusive) {
-  vexal::detail::contentOf(object);
-  if (isExclusive && isAnnounced(family, native)) {
-    fail("AlreadyBound", {className});
+  const Content& content = vexal::detail::contentOf(object);
+  if (native.object == nullptr) fail("InvalidHandle");
+  const bool isKnown = isAnnounced(family, native);
+  if (isExclusive && isKnown) fail("AlreadyBound", {className});
+  const bool isOfClass = vexal::isClass(object, vexal::ClassId::Object) &&
+                         vexal::detail::classOf(content).name == className;
+  const HostClass& hostClass =
+      isOfClass ? vexal::detail::classOf(content) : vexal::detail::requireClass(className);
+  if (!isKnown && isBlank(content, hostClass)) {
+    pairings().reserveOne();
+    return pair(object->content, family, native);
   }
-  const HostClass& hostClass = vexal::detail::requireClass(className);
   vexal::detail::replaceContent(object, pairedContent(family, native, &hostClass));
 }
 
@@ -154,8 +174,7 @@ Native validateSelfPointer(const vxArray* object) {
   vexal::detail::contentOf(object);
   const Content* const content = oneNative(object);
   if (content == nullptr) fail("NotAnObject", {vexal::describe(object)});
-  if (!isUsable(*content)) vxErrMsgId(component_Vexal::catalog_class::key_InvalidHandle);
-  return vcos::detail::nativeIn(*content);
+  return vcos::detail::livingNativeIn(*content);
 }
 
 Native nativeOf(const vxArray* object, const NativeFamily& family) noexcept {

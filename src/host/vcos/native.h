@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/array.h"
 
@@ -45,6 +46,33 @@ struct NativeFamily {
   const COSClass* (*classOf)(const Native& native) = nullptr;
   /// A few words on a living native for messages; when null, none.
   std::string (*describe)(const Native& native) = nullptr;
+};
+
+/// Natives of one family, with a reference to each.
+class VEXAL_API NativeList {
+ public:
+  NativeList() = default;
+  NativeList(const NativeList&) = delete;
+  NativeList& operator=(const NativeList&) = delete;
+  ~NativeList() { clear(); }
+
+  /// Adds one and retains it; all must be of the same family, which retains.
+  void add(const NativeFamily& family, void* native) {
+    natives_.push_back(native);
+    family_ = &family;
+    family.retain({native});
+  }
+  void clear() noexcept {
+    for (void* const native : natives_) family_->release({native});
+    natives_.clear();
+  }
+  /// Of a list that is not empty.
+  const NativeFamily& family() const noexcept { return *family_; }
+  std::span<void* const> natives() const noexcept { return natives_; }
+
+ private:
+  const NativeFamily* family_ = nullptr;
+  std::vector<void*> natives_;
 };
 
 /// Whether an array takes references to natives of its own, or those that the caller has.

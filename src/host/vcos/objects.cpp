@@ -6,6 +6,7 @@
 #include "host/object.h"
 #include "host/record.h"
 #include "host/text.h"
+#include "host/vcos/detail/pairings.h"
 
 namespace vcos::detail {
 namespace {
@@ -21,11 +22,10 @@ const Content& requireOneObject(const vxArray* object) {
   return content;
 }
 
-const Property& requireProperty(const HostClass& hostClass, std::string_view name) {
-  const Member* const member = findMember(hostClass, name);
-  if (member == nullptr) fail("NoSuchMember", {hostClass.name, name});
-  if (member->property == nullptr) fail("NotAProperty", {hostClass.name, name});
-  return *member->property;
+// The living native of a 1-by-1 object.
+Native nativeOf(const Content& content, const vxArray* object) {
+  return content.layout == Layout::Natives ? livingNativeIn(content)
+                                           : factory::impl::validateSelfPointer(object);
 }
 
 // Tells of a failed conversion which property it was for.
@@ -78,6 +78,13 @@ const Member* findMember(const HostClass& hostClass, std::string_view name) noex
   return nullptr;
 }
 
+const Property& requireProperty(const HostClass& hostClass, std::string_view name) {
+  const Member* const member = findMember(hostClass, name);
+  if (member == nullptr) fail("NoSuchMember", {hostClass.name, name});
+  if (member->property == nullptr) fail("NotAProperty", {hostClass.name, name});
+  return *member->property;
+}
+
 ArrayPtr readProperty(const vxArray* object, std::string_view name) {
   const Content& content = requireOneObject(object);
   if (content.layout == Layout::Fields) {
@@ -86,7 +93,7 @@ ArrayPtr readProperty(const vxArray* object, std::string_view name) {
   }
   const factory::PropertyRow& row = requireProperty(vexal::detail::classOf(content), name).row;
   if (row.read == nullptr) fail("NoSuchMember", {vexal::detail::classOf(content).name, name});
-  return row.read(row, factory::impl::validateSelfPointer(object));
+  return row.read(row, nativeOf(content, object));
 }
 
 void writeProperty(vxArray* object, std::string_view name, const vxArray* value) {
@@ -97,7 +104,7 @@ void writeProperty(vxArray* object, std::string_view name, const vxArray* value)
   }
   const HostClass& hostClass = vexal::detail::classOf(content);
   const Property& property = requireProperty(hostClass, name);
-  const Native native = factory::impl::validateSelfPointer(object);
+  const Native native = nativeOf(content, object);
   if (property.row.write == nullptr) fail("ReadOnlyProperty", {hostClass.name, name});
   const Converted converted = convertForProperty(hostClass, property, value);
   // A conversion runs code of others, which may have destroyed the native.
@@ -123,7 +130,8 @@ ArrayPtr constructObject(const HostClass& hostClass, std::span<const vxArray* co
   const bool isValue = hostClass.kind() == ClassKind::Value;
   if (constructor == nullptr && isValue) return valueFrom(hostClass, inputs);
   if (constructor == nullptr) fail("NotConstructible", {hostClass.name});
-  ArrayPtr object = isValue ? nullptr : vexal::createObject(hostClass.name);
+  ArrayPtr object;
+  if (!isValue) object = vexal::detail::newArray(vexal::detail::newHandleContent(hostClass));
   factory::MethodCall call{hostClass, constructor->method};
   call.constructed = object.get();
   ArrayPtr made = factory::impl::Invoker::invoke(*constructor, call, inputs);

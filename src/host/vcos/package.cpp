@@ -1,6 +1,8 @@
 #include "host/vcos/package.h"
 
+#include <algorithm>
 #include <map>
+#include <utility>
 
 #include "host/detail/class_table.h"
 #include "host/detail/messages.h"
@@ -84,7 +86,9 @@ COSPackage* COSPackage::addPackage(std::unique_ptr<COSPackageInfo> info) {
   try {
     package->info_->initializePackage(package);
   } catch (...) {
-    vexal::detail::removeUnusedClasses(name);
+    for (const std::string& each : vexal::detail::classNamesBelow(name, true)) {
+      vexal::detail::withdrawClass(each);
+    }
     removeTree(name);
     throw;
   }
@@ -102,11 +106,29 @@ void COSPackage::addClass(std::unique_ptr<COSClassInfo> info) {
   vexal::detail::requireHostThread();
   const std::string fullName = info->name();
   if (!isWellFormed(fullName) || parentName(fullName) != name()) fail("InvalidName", {fullName});
-  if (vexal::detail::findClass(fullName) != nullptr || find(fullName) != nullptr) {
+  const vexal::detail::HostClass* const known = vexal::detail::findClass(fullName);
+  if ((known != nullptr && !known->isWithdrawn) || find(fullName) != nullptr) {
     info_->throwErrorForDefinitionOfExistingName(fullName);
   }
   auto description = std::make_unique<detail::Description>(std::move(info));
-  vexal::detail::addClass(fullName, nullptr).description = std::move(description);
+  vexal::detail::HostClass& hostClass = vexal::detail::addClass(fullName, nullptr);
+  if (hostClass.description != nullptr) {
+    hostClass.former.push_back(std::exchange(hostClass.description, nullptr));
+  }
+  hostClass.description = std::move(description);
+  hostClass.isWithdrawn = false;
+}
+
+void COSPackage::initializeWith(COSPackageInfo& info) {
+  const std::vector<std::string> before = classNames();
+  try {
+    info.initializePackage(this);
+  } catch (...) {
+    for (const std::string& name : classNames()) {
+      if (!std::ranges::binary_search(before, name)) vexal::detail::withdrawClass(name);
+    }
+    throw;
+  }
 }
 
 void COSPackage::addClass(const factory::ClassTable& table) {

@@ -54,7 +54,8 @@ class VEXAL_API COSPackage {
   /// empty component, "Vexal:class:UnknownParentPackage" when the package above it is not
   /// known, and what the parent's throwErrorForDefinitionOfExistingName raises for a
   /// second definition. When the initialisation throws, the package and everything added
-  /// below it are gone again.
+  /// below it are gone again; of a class that has been used already the name stays known, and
+  /// may be defined anew.
   static COSPackage* addPackage(std::unique_ptr<COSPackageInfo> info);
 
   /// The package of that full name, loaded by the package above it when it is not known
@@ -68,6 +69,10 @@ class VEXAL_API COSPackage {
   void addClass(std::unique_ptr<COSClassInfo> info);
   /// The same for a table, which must live for ever.
   void addClass(const factory::ClassTable& table);
+
+  /// Lets a further description add its classes to this package: calls its initializePackage().
+  /// When that throws, what it added is taken back as when a package is added.
+  void initializeWith(COSPackageInfo& info);
 
   /// The full names of the classes and packages directly below, those added so far; in
   /// alphabetical order.

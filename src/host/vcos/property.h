@@ -21,8 +21,9 @@
 
 namespace vcos::factory {
 
-/// Between host arrays and values of type T: kDataType, toArray(T) and fromArray(array), the
-/// array being of that data type. To be specialised for further types.
+/// Between host arrays and values of type T: kDataType, or a function dataType() where the name is
+/// known no sooner than when it is needed, toArray(T) and fromArray(array), the array being of that
+/// data type. To be specialised for further types.
 template <class T>
 struct Marshal;
 
@@ -73,7 +74,13 @@ namespace impl {
 /// What the adapters of a value type have in common: its constant data type.
 template <class T>
 struct PropertyImplBase {
-  static constexpr std::string_view kDataType = Marshal<T>::kDataType;
+  static constexpr void setType(PropertyRow& row) {
+    if constexpr (requires { Marshal<T>::kDataType; }) {
+      row.dataType = Marshal<T>::kDataType;
+    } else {
+      row.tellType = &Marshal<T>::dataType;
+    }
+  }
 };
 template <class T>
 struct Getter : PropertyImplBase<T> {};
@@ -105,7 +112,9 @@ struct AdaptedClassSetter<T, C, void (*)(C*, T), T> : Setter<T> {
 template <class T, class C, T (*kGet)(C*)>
 constexpr PropertyRow rowOf(std::string_view name, std::string_view doc) {
   using Adapter = AdaptedClassGetter<T, C, T (*)(C*), T>;
-  return {name, Adapter::kDataType, &Adapter::template call<kGet>, nullptr, doc};
+  PropertyRow row{.name = name, .dataType = {}, .read = &Adapter::template call<kGet>, .doc = doc};
+  Adapter::setType(row);
+  return row;
 }
 
 template <auto kGet>

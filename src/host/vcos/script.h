@@ -183,6 +183,28 @@ VEXAL_API Result<ArrayPtr> element(const vxArray* array, std::size_t k) noexcept
 /// `className` and 0-by-0 when there are none.
 VEXAL_API Result<ArrayPtr> objectArray(Arguments objects, std::string_view className) noexcept;
 
+// Tables ------------------------------------------------------------------------------------
+
+/// What the items of many objects hold under one key.
+struct Column {
+  ArrayPtr key;
+  /// One per object: a 1-by-n double array when each of them is one number (NaN where there is
+  /// none), otherwise a 1-by-n cell array (an empty 0-by-0 double where there is none).
+  ArrayPtr values;
+  /// Which objects have a value, as 1-by-n logicals; null when all have.
+  ArrayPtr present;
+};
+
+/// A table out of a collection that each of the objects has: of each item in it one property says
+/// the column and another the value. Equal keys (same()) share a column, columns stand in the
+/// order in which their keys are met, and an object with several items of one key fills as many
+/// columns of that key. Makes no objects of items, and reads one that many objects share once or a
+/// few times, so a value of a shared item costs some ten nanoseconds. Errors: those of get(),
+/// "Vexal:class:NotACollection" for a property that does not list what it holds.
+VEXAL_API Result<std::vector<Column>> columns(const vxArray* objects, std::string_view collection,
+                                              std::string_view key,
+                                              std::string_view value) noexcept;
+
 // Objects of the front end's own --------------------------------------------------------------
 
 /// The class of foreign objects.

@@ -27,6 +27,9 @@ using ReadProperty = vexal::ArrayPtr (*)(const PropertyRow& row, const Native& n
 /// Writes one; the value is converted to the row's data type and borrowed.
 using WriteProperty = void (*)(const PropertyRow& row, const Native& native, const vxArray* value);
 
+/// Adds the natives that a property holds, in order, without making objects of them.
+using ListNatives = void (*)(const PropertyRow& row, const Native& native, NativeList& to);
+
 /// A property of a handle class.
 struct PropertyRow {
   std::string_view name;
@@ -36,8 +39,13 @@ struct PropertyRow {
   /// Null for a property that is read-only.
   WriteProperty write = nullptr;
   std::string_view doc = {};
-  /// For the two functions to make something of.
+  /// For the functions to make something of.
   const void* context = nullptr;
+  /// Of a property that holds many natives: what lists them. Null for all others.
+  ListNatives list = nullptr;
+  /// Tells the data type, for ever the same, when the class is first used; in place of `dataType`
+  /// where that is known no sooner.
+  std::string_view (*tellType)() = nullptr;
 };
 
 /// What a method is besides its name.

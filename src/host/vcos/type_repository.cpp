@@ -48,19 +48,19 @@ TypeKind kindOf(std::string_view typeName) {
   return found == kTypeWords.end() ? TypeKind::Class : found->kind;
 }
 
-DataType parsed(InternedName name) {
+// For as long as the name's text is there.
+DataType parsed(std::string_view name) {
   DataType type;
   type.name = name;
-  type.typeName = name.text();
-  const std::size_t blank = name.text().rfind(' ');
+  type.typeName = name;
+  const std::size_t blank = name.rfind(' ');
   if (blank != std::string_view::npos) {
-    const std::string_view word = name.text().substr(blank + 1);
-    const auto found = std::ranges::find(kShapeWords, word, &ShapeWord::word);
-    if (found == kShapeWords.end()) fail("UnknownType", {name.text()});
+    const auto found = std::ranges::find(kShapeWords, name.substr(blank + 1), &ShapeWord::word);
+    if (found == kShapeWords.end()) fail("UnknownType", {name});
     type.shape = found->shape;
-    type.typeName = name.text().substr(0, blank);
+    type.typeName = name.substr(0, blank);
   }
-  if (type.typeName.empty()) fail("UnknownType", {name.text()});
+  if (type.typeName.empty()) fail("UnknownType", {name});
   type.kind = kindOf(type.typeName);
   return type;
 }
@@ -72,14 +72,26 @@ auto added(DataType& type, std::string_view from) {
 
 }  // namespace
 
-DataType& dataTypeNamed(std::string_view name) {
+namespace {
+
+vexal::detail::NameTable<DataType>& dataTypes() {
   vexal::detail::requireHostThread();
   // Never destroyed: classes and signatures refer to data types.
   static auto& types = *new vexal::detail::NameTable<DataType>;
-  const auto known = types.find(name);
-  if (known != types.end()) return known->second;
-  DataType type = parsed(internal::makeInterned(name));
-  return types.emplace(std::string(name), std::move(type)).first->second;
+  return types;
+}
+
+}  // namespace
+
+DataType* findDataType(std::string_view name) {
+  const auto known = dataTypes().find(name);
+  return known == dataTypes().end() ? nullptr : &known->second;
+}
+
+DataType& dataTypeNamed(std::string_view name) {
+  if (DataType* const known = findDataType(name)) return *known;
+  const std::string_view kept = internal::keptForEver(name);
+  return dataTypes().emplace(std::string(kept), parsed(kept)).first->second;
 }
 
 }  // namespace detail
@@ -93,23 +105,29 @@ void COSTypeRepository::addConversion(std::string_view from, std::string_view to
 }
 
 COSTypeConversion* COSTypeRepository::getConversion(std::string_view from, std::string_view to) {
-  detail::DataType& type = detail::dataTypeNamed(to);
-  const auto found = detail::added(type, from);
-  return found == type.added.end() ? nullptr : found->conversion.get();
+  detail::DataType* const type = detail::findDataType(to);
+  if (type == nullptr) return nullptr;
+  const auto found = detail::added(*type, from);
+  return found == type->added.end() ? nullptr : found->conversion.get();
 }
 
 std::unique_ptr<COSTypeConversion> COSTypeRepository::removeConversion(std::string_view from,
                                                                        std::string_view to) {
-  detail::DataType& type = detail::dataTypeNamed(to);
-  const auto found = detail::added(type, from);
-  if (found == type.added.end()) return nullptr;
+  detail::DataType* const type = detail::findDataType(to);
+  if (type == nullptr) return nullptr;
+  const auto found = detail::added(*type, from);
+  if (found == type->added.end()) return nullptr;
   std::unique_ptr<COSTypeConversion> conversion = std::move(found->conversion);
-  type.added.erase(found);
+  type->added.erase(found);
   return conversion;
 }
 
 vexal::ArrayPtr COSTypeRepository::convert(const vxArray* value, std::string_view dataType) {
-  return vexal::deepCopy(detail::convertTo(detail::dataTypeNamed(dataType), value).get());
+  // Scripts may ask for any name, so one that nobody has declared is not kept.
+  if (const detail::DataType* const known = detail::findDataType(dataType)) {
+    return vexal::deepCopy(detail::convertTo(*known, value).get());
+  }
+  return vexal::deepCopy(detail::convertTo(detail::parsed(dataType), value).get());
 }
 
 std::u16string factory::extractString(const vxArray* value) { return vexal::charText(value); }

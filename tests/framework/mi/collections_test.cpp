@@ -1,6 +1,8 @@
 // Live collections as scripts use them.
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "framework/mi/script_test.h"
 
 namespace mf::zero::testing {
@@ -127,6 +129,14 @@ TEST_F(ScriptCollectionTest, EveryKindOfValueGoesIntoSequencesAndSets) {
     if (!each.refused) continue;
     EXPECT_NE(errorOf(tryCall(sequence, "add", {each.refused})), "");
     EXPECT_EQ(values(sequence).substr(0, 2), each.inSequence.substr(0, 2));
+  }
+  const ArrayPtr nan = vexal::createDouble(std::numeric_limits<double>::quiet_NaN());
+  for (const char* const property : {"Numbers", "NumberSet"}) {
+    const ArrayPtr held = get(holder, property);
+    call(held, "assign", {cell({1, nan, nan})});
+    EXPECT_TRUE(truth(call(held, "contains", {nan})));
+    EXPECT_EQ(number(call(held, "indexOf", {nan})), 1);
+    EXPECT_EQ(number(call(held, "indexOf", {2})), -1);
   }
   const ArrayPtr smalls = get(holder, "Smalls");
   EXPECT_EQ(errorOf(tryCall(smalls, "add", {cell({5, 128})})), "mf0:messages:InvalidValue");

@@ -65,6 +65,30 @@ TEST(EmptyParentPackageTest, AKnownPackageStaysAsItIs) {
   EXPECT_EQ(count, 1);
 }
 
+constinit const vcos::factory::ClassTable kTried{.name = "tried.Thing"};
+
+class TriedPackage final : public EmptyParentPackage {
+ public:
+  TriedPackage() : EmptyParentPackage("tried") {}
+  void initializePackage(COSPackage* package) override {
+    package->addClass(kTried);
+    if (fails) vxErrMsgId("Garden", "Rain");
+  }
+  static inline bool fails = true;
+};
+
+TEST(EmptyParentPackageTest, APlainParentThatCouldNotBeFilledIsFilledLater) {
+  COSPackage* const package = EmptyParentPackage::registerPackage("tried");
+  const auto fill = [] {
+    return EmptyParentPackage::registerPackage(std::make_unique<TriedPackage>());
+  };
+  expectHostError("Garden:Rain", fill);
+  EXPECT_TRUE(package->classNames().empty());
+  TriedPackage::fails = false;
+  EXPECT_EQ(fill(), package);
+  EXPECT_EQ(package->classNames(), std::vector<std::string>{"tried.Thing"});
+}
+
 TEST(EmptyParentPackageTest, ANameThatIsNoneIsRefused) {
   expectHostError("Vexal:class:InvalidName", [] { EmptyParentPackage::registerPackage("bad..x"); });
   expectHostError("Vexal:class:InvalidName", [] { EmptyParentPackage::registerPackage(""); });

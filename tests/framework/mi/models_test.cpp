@@ -133,6 +133,9 @@ TEST_F(ScriptModelTest, ElementsAreFoundByIdentityClassAndValues) {
   EXPECT_EQ(find(record({{"Neighbours", b}})), "a");
   EXPECT_EQ(find(record({{"Kind", "Fruit"}, {"Label", "a"}})), "");
   EXPECT_EQ(errorOf(tryCall(model(), "elements", {"garden.Tree"})), "mf0:messages:NoSuchType");
+  for (const char* const other : {"garden.Kind", "mf.zero.Set"}) {
+    EXPECT_EQ(errorOf(tryCall(model(), "elements", {other})), "mf0:messages:NotAnElementClass");
+  }
   EXPECT_EQ(errorOf(tryCall(model(), "elements", {"garden.Plant", record({{"Age", 1}})})),
             "mf0:messages:NoSuchProperty");
   EXPECT_EQ(identityOf(call(model(), "findElement", {text(call(b, "identity"))})), identityOf(b));
@@ -173,6 +176,18 @@ TEST_F(ScriptModelTest, MetaClassesTellOfClassesAndCannotBeChanged) {
       identityOf(vexal::script::invokeStatic("garden.RaisedBed", "StaticMetaClass", {}).value),
       identityOf(meta.value));
   EXPECT_EQ(vexal::elementCount(call(model(), "elements", {meta.value}).get()), 0U);
+}
+
+TEST_F(ScriptModelTest, EveryPropertyOfAMetaClassSaysWhatItIs) {
+  std::size_t count = 0;
+  for (const std::string& name : vexal::script::classes("mf.zero.meta").value) {
+    for (const auto& member : vexal::script::describeClass(name).value.members) {
+      if (member.kind != vexal::script::MemberKind::Property) continue;
+      EXPECT_NE(member.doc, "") << name << '.' << member.name;
+      ++count;
+    }
+  }
+  EXPECT_GT(count, 40U);
 }
 
 }  // namespace

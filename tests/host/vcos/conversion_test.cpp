@@ -5,6 +5,7 @@
 #include "host/object.h"
 #include "host/record.h"
 #include "host/vcos/class.h"
+#include "host/vcos/package.h"
 #include "host/vcos/type_repository.h"
 #include "support/host_errors.h"
 #include "support/plant_test.h"
@@ -102,6 +103,39 @@ TEST_F(ConversionTest, AddedConversionsReachWhateverIsNotOfTheTypeYet) {
   EXPECT_NE(COSTypeRepository::removeConversion("any", kType), nullptr);
   EXPECT_EQ(COSTypeRepository::removeConversion("any", kType), nullptr);
   EXPECT_EQ(setKind(vexal::createChar("Water")), "CannotConvert");
+}
+
+// Makes everything into text, and is added when a type of its package is first asked for.
+class ToText final : public COSTypeConversion {
+ public:
+  ArrayPtr convert(const vxArray*) override { return vexal::createChar("made"); }
+};
+class LateTypes final : public COSPackageInfo {
+ public:
+  LateTypes() : COSPackageInfo("late") {}
+  bool attemptToLoadType(COSPackage*, std::string_view name) override {
+    ++asked;
+    if (name != "Text") return false;
+    COSTypeRepository::addConversion("any", "late.Text", std::make_unique<ToText>());
+    return true;
+  }
+  static inline int asked = 0;
+};
+
+TEST_F(ConversionTest, AnUnknownTypeIsAskedForEachTimeUntilSomebodyDeclaresIt) {
+  COSPackage::addPackage(std::make_unique<LateTypes>());
+  const ArrayPtr one = vexal::createDouble(1);
+  const auto asked = [&](std::string_view dataType) {
+    return keyOf(vexal::script::convert(one.get(), dataType));
+  };
+  EXPECT_EQ(asked("late.Never"), "UnknownType");
+  EXPECT_EQ(asked("late.Never"), "UnknownType");
+  EXPECT_EQ(LateTypes::asked, 2);
+  EXPECT_EQ(COSTypeRepository::getConversion("any", "late.Text"), nullptr);
+  EXPECT_EQ(COSTypeRepository::removeConversion("any", "late.Text"), nullptr);
+  EXPECT_EQ(text(valueOf(vexal::script::convert(one.get(), "late.Text"))), "made");
+  EXPECT_EQ(text(valueOf(vexal::script::convert(one.get(), "late.Text"))), "made");
+  EXPECT_EQ(LateTypes::asked, 3);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "host/runtime.h"
+#include "host/vcos/class.h"
 #include "support/host_errors.h"
 
 namespace vcos {
@@ -51,6 +52,40 @@ TEST(PackageTest, AFailedInitialisationLeavesNothingBehind) {
   EXPECT_EQ(COSPackage::getPackage("failing"), nullptr);
   EXPECT_EQ(COSPackage::getPackage("failing.inner"), nullptr);
   EXPECT_NE(add("failing"), nullptr);
+}
+
+constinit const factory::ClassTable kUsed{.name = "trial.Used", .kind = ClassKind::Value};
+constinit const factory::ClassTable kUnused{.name = "trial.Unused"};
+
+// Fails after it has added two classes and somebody has used one of them.
+class Trial : public COSPackageInfo {
+ public:
+  explicit Trial(bool fails) : COSPackageInfo("trial"), fails_(fails) {}
+  void initializePackage(COSPackage* package) override {
+    package->addClass(kUsed);
+    package->addClass(kUnused);
+    EXPECT_NE(COSClass::getClass("trial.Used"), nullptr);
+    if (fails_) throw std::runtime_error("half way");
+  }
+
+ private:
+  bool fails_;
+};
+
+TEST(PackageTest, AFailedInitialisationCanBeMadeAgain) {
+  EXPECT_THROW(COSPackage::addPackage(std::make_unique<Trial>(true)), std::runtime_error);
+  const COSClass* const used = COSClass::getClass("trial.Used");  // its name is still known
+  EXPECT_EQ(COSClass::getClass("trial.Unused"), nullptr);
+  COSPackage* const package = add("trial");
+  Trial fails(true), succeeds(false);
+  EXPECT_THROW(package->initializeWith(fails), std::runtime_error);
+  EXPECT_EQ(COSClass::getClass("trial.Unused"), nullptr);
+  package->initializeWith(succeeds);
+  EXPECT_EQ(COSClass::getClass("trial.Used"), used);
+  EXPECT_EQ(package->classNames(), (std::vector<std::string>{"trial.Unused", "trial.Used"}));
+  expectHostError("Vexal:class:NameExists", [&] { package->initializeWith(succeeds); });
+  EXPECT_EQ(package->classNames().size(), 2U);
+  expectHostError("Vexal:class:NameExists", [&] { package->addClass(kUsed); });
 }
 
 class Lazy : public COSPackageInfo {

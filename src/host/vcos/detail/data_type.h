@@ -35,7 +35,7 @@ struct AddedConversion {
 };
 
 struct DataType {
-  InternedName name;
+  std::string_view name;
   std::string_view typeName;  // without the shape
   TypeKind kind = TypeKind::Any;
   Shape shape = Shape::Any;
@@ -43,8 +43,10 @@ struct DataType {
   const vexal::detail::HostClass* hostClass = nullptr;  // once it is known
 };
 
-/// The data type of that name; classes in it need not be known yet.
+/// The data type of that name, which is kept for ever; classes in it need not be known yet.
 DataType& dataTypeNamed(std::string_view name);
+/// The same if it is kept already; null when it is not.
+DataType* findDataType(std::string_view name);
 
 /// A value in some data type: the one it was made from, or one of its own.
 class Converted {
@@ -52,6 +54,8 @@ class Converted {
   explicit Converted(const vxArray* value) : value_(value) {}
   explicit Converted(vexal::ArrayPtr made) : made_(std::move(made)), value_(made_.get()) {}
   const vxArray* get() const noexcept { return value_; }
+  /// The value of one's own, which stays where it is; null when there is none.
+  vexal::ArrayPtr take() noexcept { return std::move(made_); }
 
  private:
   vexal::ArrayPtr made_;

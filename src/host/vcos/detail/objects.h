@@ -13,6 +13,9 @@ namespace vcos::detail {
 /// members.
 const Member* findMember(const HostClass& hostClass, std::string_view name) noexcept;
 
+/// The property of that name. Raises "Vexal:class:" NoSuchMember and NotAProperty.
+const Property& requireProperty(const HostClass& hostClass, std::string_view name);
+
 vexal::ArrayPtr readProperty(const vxArray* object, std::string_view name);
 void writeProperty(vxArray* object, std::string_view name, const vxArray* value);
 

@@ -17,6 +17,17 @@ inline Native nativeIn(const vexal::detail::Content& content) noexcept {
           vexal::detail::headOf<vexal::detail::NativeHead>(content).part};
 }
 
+/// The same of one object; raises "Vexal:class:InvalidHandle" unless it can be used.
+inline Native livingNativeIn(const vexal::detail::Content& content) {
+  const auto& head = vexal::detail::headOf<vexal::detail::NativeHead>(content);
+  const Native native = nativeIn(content);
+  const bool isPaired = head.state == vexal::detail::NativeHead::State::Paired;
+  if (!isPaired || (head.family->isAlive != nullptr && !head.family->isAlive(native))) {
+    vexal::detail::fail("InvalidHandle");
+  }
+  return native;
+}
+
 class Pairings {
  public:
   using Content = vexal::detail::Content;
