@@ -8,6 +8,7 @@ import sys
 import time
 import timeit
 from collections.abc import Callable
+from functools import partial
 from typing import NamedTuple
 
 import kxsim
@@ -77,14 +78,22 @@ def factorial() -> list[Row]:
         space = grid(**levels).build().space
         return space.createIterations
 
-    def columns() -> Callable[[], object]:
-        study = grid(**{f"p{k}": range(10) for k in range(4)}).build()
-        assert len(study.runs) == 10**4
+    def columns(factors: int) -> Callable[[], object]:
+        study = grid(**{f"p{k}": range(10) for k in range(factors)}).build()
+        assert len(study.runs) == 10**factors
         return study.columns
 
     return [
         Row("a run of 10^6, made and handed over", per_item(hand_over, count)),
-        Row("a value of 10^4 runs into columns", per_item(columns, 4 * 10**4), None, 30),
+        *(
+            Row(
+                f"a value of 10^{factors} runs into columns",
+                per_item(partial(columns, factors), factors * 10**factors),
+                None,
+                30,
+            )
+            for factors in (4, 6)
+        ),
     ]
 
 

@@ -135,7 +135,7 @@ void defineCalls(nb::module_& m) {
   m.def("make_cell", [](nb::tuple shape, nb::object items) {
     std::vector<std::size_t> dims;
     for (nb::handle extent : shape) dims.push_back(nb::cast<std::size_t>(extent));
-    return Array(makeCell(dims, items));
+    return Array(makeCell(dims, nb::tuple(items)));
   });
   m.def("gather", &gather,
         "What the items of a collection of each object hold, as columns (gather.h).");

@@ -34,8 +34,8 @@ std::size_t hash(const Object& self) {
   return static_cast<std::size_t>(identity >> 4);  // addresses end in zeros
 }
 
-void construct(Object* self, std::string_view className, nb::tuple arguments) {
-  const Inputs inputs(arguments);
+void construct(Object* self, std::string_view className, nb::tuple arguments, nb::dict values) {
+  const Inputs inputs(arguments, values);
   new (self) Object(take(script::construct(className, inputs.arrays())));
 }
 
@@ -57,9 +57,9 @@ nb::object makeSetter(std::string name) {
       nb::arg(), nb::arg().none());
 }
 
-nb::object invoke(const Object& self, std::string_view method, nb::tuple arguments,
-                  Reading reading) {
-  const Inputs inputs(arguments);
+nb::object invoke(const Object& self, std::string_view method, nb::tuple arguments, Reading reading,
+                  nb::dict values) {
+  const Inputs inputs(arguments, values);
   return toPython(take(script::invoke(arrayOf(self), method, inputs.arrays())), reading);
 }
 
@@ -101,7 +101,8 @@ void defineObjects(nb::module_& m) {
 
   nb::class_<Object, Array>(m, "Object", "A host object.", nb::is_weak_referenceable())
       .def(nb::init<const Array&>())
-      .def("__init__", &construct)
+      .def("__init__", &construct, nb::arg(), nb::arg(), nb::arg() = nb::dict(),
+           "A new object of a class by name, from a tuple of arguments and keyword values.")
       .def("__eq__", &equals, nb::arg().none())
       .def("__hash__", &hash)
       .def_prop_ro(
@@ -139,7 +140,7 @@ void defineObjects(nb::module_& m) {
     return take(script::hasMember(arrayOf(self), name));
   });
   m.def("invoke", &invoke, nb::arg(), nb::arg(), nb::arg(), nb::arg() = Reading::Plain,
-        "Calls a method with a tuple of arguments.");
+        nb::arg() = nb::dict(), "Calls a method with a tuple of arguments and keyword values.");
 }
 
 }  // namespace kxsim::python

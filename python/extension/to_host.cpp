@@ -38,27 +38,46 @@ ArrayPtr fromInteger(PyObject* value) {
   return vexal::createDouble(number);
 }
 
+// Writes the code points as UTF-16, lone surrogates as they are, and returns where it ended.
+template <class Unit>
+char16_t* writeText(const Unit* text, std::size_t length, char16_t* to) {
+  for (std::size_t k = 0; k < length; ++k) {
+    if constexpr (sizeof(Unit) > sizeof(char16_t)) {
+      if (text[k] > 0xFFFF) {
+        *to++ = static_cast<char16_t>(0xD800 + ((text[k] - 0x10000) >> 10));
+        *to++ = static_cast<char16_t>(0xDC00 + ((text[k] - 0x10000) & 0x3FF));
+        continue;
+      }
+    }
+    *to++ = static_cast<char16_t>(text[k]);
+  }
+  return to;
+}
+
 ArrayPtr fromText(PyObject* value) {
-  const nb::object bytes =
-      nb::steal(PyUnicode_AsEncodedString(value, "utf-16-le", "surrogatepass"));
-  if (!bytes.is_valid()) throw nb::python_error();
-  const auto size = static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.ptr()));
-  std::u16string text(size / sizeof(char16_t), u'\0');
-  std::memcpy(text.data(), PyBytes_AS_STRING(bytes.ptr()), size);
-  return vexal::createChar(text);
+  const auto length = static_cast<std::size_t>(PyUnicode_GET_LENGTH(value));
+  const bool isWide = PyUnicode_KIND(value) == PyUnicode_4BYTE_KIND;
+  std::u16string text(isWide ? 2 * length : length, u'\0');
+  char16_t* end = text.data();
+  switch (PyUnicode_KIND(value)) {
+    case PyUnicode_1BYTE_KIND: end = writeText(PyUnicode_1BYTE_DATA(value), length, end); break;
+    case PyUnicode_2BYTE_KIND: end = writeText(PyUnicode_2BYTE_DATA(value), length, end); break;
+    default: end = writeText(PyUnicode_4BYTE_DATA(value), length, end); break;
+  }
+  return vexal::createChar({text.data(), static_cast<std::size_t>(end - text.data())});
 }
 
 ArrayPtr fromSequence(PyObject* value) {
   const Nesting nesting;
   // A tuple of its own: converting an item may run code that changes the list.
-  const nb::object items = nb::steal(PySequence_Tuple(value));
+  const auto items = nb::steal<nb::tuple>(PySequence_Tuple(value));
   if (!items.is_valid()) throw nb::python_error();
-  const auto count = static_cast<std::size_t>(PyTuple_GET_SIZE(items.ptr()));
-  const std::size_t dims[] = {1, count};
+  const std::size_t dims[] = {1, items.size()};
   return makeCell(dims, items);
 }
 
-std::string fieldName(PyObject* key) {
+// Valid for as long as the key.
+std::string_view fieldName(PyObject* key) {
   if (!PyUnicode_Check(key)) {
     raiseTypeError("the fields of a struct are named by str, not by %.200s", Py_TYPE(key)->tp_name);
   }
@@ -68,15 +87,21 @@ std::string fieldName(PyObject* key) {
   return {text, static_cast<std::size_t>(size)};
 }
 
-ArrayPtr fromDict(PyObject* value) {
+ArrayPtr fromDict(PyObject* dict) {
   const Nesting nesting;
-  const nb::object items = nb::steal(PyDict_Items(value));
-  if (!items.is_valid()) throw nb::python_error();
-  ArrayPtr record = vexal::createStruct();
-  for (Py_ssize_t k = 0; k < PyList_GET_SIZE(items.ptr()); ++k) {
-    PyObject* const item = PyList_GET_ITEM(items.ptr(), k);
-    const std::string name = fieldName(PyTuple_GET_ITEM(item, 0));
-    vexal::setField(record.get(), name, toHost(PyTuple_GET_ITEM(item, 1)).get());
+  // Copied first: converting a value may run code that changes the dict.
+  std::vector<std::string_view> names;
+  std::vector<nb::object> values;
+  PyObject* key = nullptr;
+  PyObject* value = nullptr;
+  for (Py_ssize_t at = 0; PyDict_Next(dict, &at, &key, &value) != 0;) {
+    names.push_back(fieldName(key));
+    values.push_back(nb::borrow(value));
+  }
+  ArrayPtr record = vexal::createStruct(names);
+  const std::span<const std::string> fields = vexal::fieldNames(record.get());
+  for (std::size_t k = 0; k < values.size(); ++k) {
+    vexal::setField(record.get(), fields[k], toHost(values[k]).get());
   }
   return record;
 }
@@ -217,24 +242,36 @@ ArrayPtr toHost(nb::handle value) {
   return adapted(value);
 }
 
-ArrayPtr makeCell(std::span<const std::size_t> dims, nb::handle items) {
+ArrayPtr makeCell(std::span<const std::size_t> dims, const nb::tuple& items) {
   ArrayPtr cell = vexal::createArray(vexal::ClassId::Cell, dims);
-  if (nb::len(items) != vexal::elementCount(cell.get())) {
+  const std::size_t count = items.size();
+  if (count != vexal::elementCount(cell.get())) {
     raiseTypeError("a cell array of this size needs as many items");
   }
-  std::size_t k = 0;
-  for (nb::handle item : items) vexal::setCell(cell.get(), k++, toHost(item).get());
+  for (std::size_t k = 0; k < count; ++k) {
+    PyObject* const item = PyTuple_GET_ITEM(items.ptr(), static_cast<Py_ssize_t>(k));
+    vexal::setCell(cell.get(), k, toHost(item).get());
+  }
   return cell;
 }
 
-Inputs::Inputs(nb::handle sequence) {
-  const std::size_t count = nb::len(sequence);
-  owned_.reserve(count);
-  arrays_.reserve(count);
-  for (nb::handle value : sequence) {
-    owned_.push_back(toHost(value));
-    arrays_.push_back(owned_.back().get());
+Inputs::Inputs(const nb::tuple& arguments, const nb::dict& values) {
+  const std::size_t count = arguments.size();
+  owned_.reserve(count + 1);
+  arrays_.reserve(count + 1);
+  bool hasValues = values.size() > 0;
+  for (std::size_t k = 0; k < count; ++k) {
+    const nb::handle argument = PyTuple_GET_ITEM(arguments.ptr(), static_cast<Py_ssize_t>(k));
+    const bool isJoined = hasValues && PyDict_Check(argument.ptr());
+    hasValues &= !isJoined;
+    isJoined ? add(argument | values) : add(argument);
   }
+  if (hasValues) add(values);
+}
+
+void Inputs::add(nb::handle value) {
+  owned_.push_back(toHost(value));
+  arrays_.push_back(owned_.back().get());
 }
 
 }  // namespace kxsim::python

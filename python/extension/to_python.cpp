@@ -200,6 +200,8 @@ nb::object detail::objectToPython(ArrayPtr array) {
   return wrap<Object>(python.type, std::move(array));
 }
 
+nb::object numbersToPython(ArrayPtr array) { return view<double>(std::move(array)); }
+
 nb::object toPython(ArrayPtr array, Reading reading) {
   if (array == nullptr) return nb::none();
   const ClassId classId = vexal::classId(array.get());

@@ -60,13 +60,18 @@ vexal::ArrayPtr toHost(nb::handle value);
 /// The Python value of an array, which is taken over; None for null.
 nb::object toPython(vexal::ArrayPtr array, Reading reading = Reading::Plain);
 
-/// The arrays of several values.
+/// A view on a double array as it is, also when it holds one number or none.
+nb::object numbersToPython(vexal::ArrayPtr array);
+
+/// The arrays of a call's arguments. Keyword values, by name, join the first dict among the
+/// arguments, or follow them as one.
 class Inputs {
  public:
-  explicit Inputs(nb::handle sequence);
+  explicit Inputs(const nb::tuple& arguments, const nb::dict& values = {});
   std::span<const vxArray* const> arrays() const noexcept { return arrays_; }
 
  private:
+  void add(nb::handle value);
   std::vector<vexal::ArrayPtr> owned_;
   std::vector<const vxArray*> arrays_;
 };
@@ -84,7 +89,7 @@ struct Hooks {
 Hooks& hooks();
 
 /// An N-dimensional cell array of the items, column-major.
-vexal::ArrayPtr makeCell(std::span<const std::size_t> dims, nb::handle items);
+vexal::ArrayPtr makeCell(std::span<const std::size_t> dims, const nb::tuple& items);
 
 namespace detail {
 

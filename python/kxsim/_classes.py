@@ -15,6 +15,7 @@ if TYPE_CHECKING:
     from inspect import Signature
 
 _made: dict[str, type] = {}
+_construct = _host.Object.__init__
 
 
 class _Kept:
@@ -54,11 +55,10 @@ class HostObject(_host.Object):
     __signature__ = _Signature()
 
     def __init__(self, *arguments: Any, **values: Any) -> None:
-        cls = type(self)
-        if values:
-            _check_keywords(cls, values)
-            arguments = _with_values(arguments, values)
-        _host.Object.__init__(self, cls.__host_name__, arguments)
+        for name in values:
+            if name not in self.__host_properties__:
+                _refuse_keyword(type(self), name)
+        _construct(self, self.__host_name__, arguments, values)
 
     def __reduce__(self) -> Any:
         raise TypeError(f"{type(self).__host_name__} can be neither copied nor pickled")
@@ -108,23 +108,10 @@ class NamedObject(HostObject):
         return lambda *arguments: _host.invoke(self, name, arguments)
 
 
-def _check_keywords(cls: type[HostObject], values: dict[str, Any]) -> None:
-    for name in values:
-        if name not in cls.__host_properties__:
-            near = difflib.get_close_matches(name, cls.__host_properties__, n=1)
-            hint = f"; did you mean {near[0]!r}?" if near else ""
-            raise TypeError(f"{cls.__name__} has no property {name!r}{hint}")
-
-
-def _with_values(arguments: tuple, values: dict[str, Any]) -> tuple:
-    """Keyword values join the struct of first values, if one was passed."""
-    if not values:
-        return arguments
-    given = next((each for each in arguments if isinstance(each, dict)), None)
-    if given is None:
-        return (*arguments, values)
-    merged = {**given, **values}
-    return tuple(merged if each is given else each for each in arguments)
+def _refuse_keyword(cls: type[HostObject], name: str) -> None:
+    near = difflib.get_close_matches(name, cls.__host_properties__, n=1)
+    hint = f"; did you mean {near[0]!r}?" if near else ""
+    raise TypeError(f"{cls.__name__} has no property {name!r}{hint}")
 
 
 def class_for(name: str) -> type:
@@ -252,7 +239,7 @@ def _method(owner: str, described: dict[str, Any]) -> Callable:
     name, reading = described["name"], reading_of(described["type"])
 
     def method(self: HostObject, *arguments: Any, **values: Any) -> Any:
-        return _host.invoke(self, name, _with_values(arguments, values), reading)
+        return _host.invoke(self, name, arguments, reading, values)
 
     def plain_method(self: HostObject) -> Any:
         return _host.invoke(self, name, (), reading)

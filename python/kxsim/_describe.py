@@ -40,8 +40,8 @@ def values_of(run: Any) -> dict[str, Any]:
     return _numbered((sample.ParameterType, sample.Value) for sample in run.ParameterSamples)
 
 
-def columns(runs: Any) -> dict[str, list[Any]]:
-    """The values of all runs, one list for each target."""
+def columns(runs: Any) -> dict[str, Any]:
+    """The values of all runs by target: NumPy arrays where each is a number, else lists."""
     return _numbered(_host.gather(runs, "ParameterSamples", "ParameterType", "Value"))
 
 

@@ -6,6 +6,7 @@ import importlib
 import importlib.abc
 import importlib.machinery
 import sys
+from functools import partial
 from types import ModuleType
 from typing import Any
 
@@ -53,16 +54,17 @@ def _function(full: str) -> Any:
     return function
 
 
-class _HostPackage(ModuleType):
-    def __getattr__(self, name: str) -> Any:
-        return member(self, name)
+def _attribute(module: ModuleType, name: str) -> Any:
+    return members(module.__name__) if name == "__all__" else member(module, name)
 
-    def __dir__(self) -> list[str]:
-        return sorted({*self.__dict__, *members(self.__name__)})
 
-    @property
-    def __all__(self) -> list[str]:
-        return members(self.__name__)
+def _names(module: ModuleType) -> list[str]:
+    return sorted({*module.__dict__, *members(module.__name__)})
+
+
+def _open(module: ModuleType) -> None:
+    """Lets a module show a host package: what it has already is found without asking."""
+    vars(module).update(__getattr__=partial(_attribute, module), __dir__=partial(_names, module))
 
 
 _roots = {"kxsim"}
@@ -86,10 +88,10 @@ class _Importer(importlib.abc.MetaPathFinder, importlib.abc.Loader):
         return importlib.machinery.ModuleSpec(name, self, origin="host", is_package=True)
 
     def create_module(self, spec: Any) -> ModuleType:
-        return _HostPackage(spec.name, f"The host package {spec.name}.")
+        return ModuleType(spec.name, f"The host package {spec.name}.")
 
     def exec_module(self, module: ModuleType) -> None:
-        pass
+        _open(module)
 
 
 def install() -> None:
@@ -100,5 +102,5 @@ def install() -> None:
 
 def adopt(name: str) -> None:
     """Lets an imported Python module show the host package of the same name."""
-    sys.modules[name].__class__ = _HostPackage
+    _open(sys.modules[name])
     _roots.add(name)

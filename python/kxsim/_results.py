@@ -21,7 +21,7 @@ class Results:
     model.
     """
 
-    def __init__(self, job: mm.Job, inputs: Mapping[str, list[Any]], count: int) -> None:
+    def __init__(self, job: mm.Job, inputs: Mapping[str, Any], count: int) -> None:
         self.job = job
         self.inputs = dict(inputs)
         self.states = ["not run"] * count
@@ -113,9 +113,11 @@ class Results:
             )
 
 
-def _as_numbers(column: list[Any]) -> Any:
+def _as_numbers(column: Any) -> Any:
     import numpy
 
+    if isinstance(column, numpy.ndarray):
+        return column
     kinds = {type(value) for value in column} - {type(None)}
     if not kinds or not all(issubclass(kind, int | float | numpy.number) for kind in kinds):
         return column

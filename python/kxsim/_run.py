@@ -193,8 +193,9 @@ def _bar(total: int, progress: bool | None) -> Iterator[Any]:
 # Here --------------------------------------------------------------------------------------------
 
 
-def _chunks(inputs: Mapping[str, list[Any]], total: int, size: int) -> Iterator[Chunk]:
-    rows = zip(*inputs.values(), strict=True) if inputs else iter([()] * total)
+def _chunks(inputs: Mapping[str, Any], total: int, size: int) -> Iterator[Chunk]:
+    columns = [each.tolist() if hasattr(each, "tolist") else each for each in inputs.values()]
+    rows = zip(*columns, strict=True) if inputs else iter([()] * total)
     numbered = enumerate(dict(zip(inputs, row, strict=True)) for row in rows)
     while chunk := list(islice(numbered, size)):
         yield chunk

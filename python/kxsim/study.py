@@ -19,7 +19,7 @@ from __future__ import annotations
 
 import math
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
-from functools import cached_property
+from functools import cached_property, partial
 from typing import TYPE_CHECKING, Any, NamedTuple
 
 import kxsim
@@ -107,8 +107,12 @@ class Study:
         """The values of each run, by name."""
         return map(_describe.values_of, self.runs)
 
-    def columns(self) -> dict[str, list[Any]]:
-        """The values by name, one per run each; None in runs without."""
+    def columns(self) -> dict[str, Any]:
+        """The values by name, one per run each.
+
+        A column in which every run has a number is a read-only NumPy array of float64; all others
+        are lists, with None in runs without a value.
+        """
         return _describe.columns(self.runs)
 
     def to_pandas(self) -> Any:
@@ -141,12 +145,8 @@ class Study:
 
 def values(key: Any, items: Iterable[Any]) -> Study:
     """One varied quantity and its values, one run each."""
-    listed = _listed(key, items)
-
-    def make(model: Any) -> Any:
-        return design.ValueSetParameter(model, ParameterType=_made(key, model), Values=listed)
-
-    return Study(make, [_checked(key)], _model_of(key))
+    make = partial(_value_set, _checked(key), _listed(key, items))
+    return Study(make, (key,), _model_of(key))
 
 
 def grid(*parts: Any, **factors: Iterable[Any]) -> Study:
@@ -189,6 +189,10 @@ def draws(count: int, *parts: Mapping[Any, Any], rng: Any = None, **distribution
 
 
 # How it is put together --------------------------------------------------------------------------
+
+
+def _value_set(key: Any, items: list[Any], model: Any) -> Any:
+    return design.ValueSetParameter(model, ParameterType=_made(key, model), Values=items)
 
 
 def _combined(of_class: type, children: Sequence[Study], check: Any = None) -> Study:
@@ -258,25 +262,30 @@ def _pairs(parts: Iterable[Mapping[Any, Any]], more: Mapping[str, Any]) -> list[
     return pairs
 
 
+_NO_LISTS = (str, bytes, Mapping)
+
+
 def _listed(key: Any, items: Any) -> list[Any]:
-    if isinstance(items, str | bytes | Mapping) or not isinstance(items, Iterable):
+    is_list = isinstance(items, list) or (
+        isinstance(items, Iterable) and not isinstance(items, _NO_LISTS)
+    )
+    if not is_list:
         raise TypeError(f"the values of {key!r} are a list, not {items!r}")
     return list(items)
 
 
 def _checked(key: Any) -> Any:
-    if not isinstance(key, str | Target | design.ParameterType):
+    if type(key) is not str and not isinstance(key, str | Target | design.ParameterType):
         raise TypeError(f"what varies is a name or a target, not {key!r}")
     return key
 
 
 def _once(keys: Iterable[Any]) -> list[Any]:
-    seen: dict[Any, None] = {}
-    for key in keys:
-        if key in seen:
-            raise ValueError(f"{key!r} is varied twice")
-        seen[key] = None
-    return list(seen)
+    listed = list(keys)
+    if len(set(listed)) < len(listed):
+        again = next(key for k, key in enumerate(listed) if key in listed[:k])
+        raise ValueError(f"{again!r} is varied twice")
+    return listed
 
 
 def _made(key: Any, model: Any) -> Any:
@@ -286,7 +295,8 @@ def _made(key: Any, model: Any) -> Any:
 
 
 def _model_of(key: Any) -> Any:
-    return key.model() if isinstance(key, design.ParameterType) else None
+    is_element = not isinstance(key, str) and isinstance(key, design.ParameterType)
+    return key.model() if is_element else None
 
 
 def _first_model(pairs: Iterable[tuple[Any, Any]]) -> Any:

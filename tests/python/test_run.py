@@ -46,6 +46,15 @@ def test_every_run_gets_its_values_and_keeps_its_place(executor, chunk):
     assert results.job.FinishTime >= results.job.StartTime > 0
 
 
+def kinds(run):
+    return {name: type(value).__name__ for name, value in run.items()}
+
+
+def test_runs_get_plain_python_values():
+    results = grid(a=[1, 2], b=["x"], c=[True]).run(kinds, executor="serial")
+    assert results.outputs == [{"a": "float", "b": "str", "c": "bool"}] * 2
+
+
 def test_a_failing_run_keeps_its_error_and_the_others_go_on():
     results = values("a", [1, 0, 2]).run(reciprocal, workers=1)
     assert results.states == ["finished", "failed", "finished"]

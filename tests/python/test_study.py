@@ -61,13 +61,23 @@ def test_a_study_reads_as_a_tree_and_its_runs_as_a_table():
         "└─ n: 9 runs, 0, 1, 2, 3, ...",
     ]
     assert grid(a=[1, 2], b=["x"]).table(limit=1) == "run  a  b\n  1  1  x\n... 1 more"
-    assert grid(a=[1, 2], b=["x"]).columns() == {"a": [1, 2], "b": ["x", "x"]}
+
+
+def test_columns_of_numbers_are_arrays_and_all_others_lists():
+    columns = grid(a=[1, 2], b=["x"], c=[True], d=[1.5]).columns()
+    assert columns["b"] == ["x", "x"] and columns["c"] == [True, True]
+    for name, numbers in {"a": [1, 2], "d": [1.5, 1.5]}.items():
+        assert columns[name].dtype == np.float64 and columns[name].tolist() == numbers
+    assert values("a", [7]).columns()["a"].tolist() == [7]
 
 
 def test_columns_keep_targets_apart_and_runs_in_place(model):
     targets = [design.Variable(model, Name="a") for _ in range(2)]
     first = grid({targets[0]: [1, 2]}, {targets[1]: [3]}).build(model)
-    assert first.columns() == {"a": [1, 2], "a #2": [3, 3]}
+    assert {name: [*each] for name, each in first.columns().items()} == {
+        "a": [1, 2],
+        "a #2": [3, 3],
+    }
     assert [*first] == [{"a": 1, "a #2": 3}, {"a": 2, "a #2": 3}]
 
 

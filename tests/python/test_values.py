@@ -68,6 +68,7 @@ def as_seen_by_host(given):
         (array.array("i", [1, 2]), np.array([1.0, 2.0])),
         (np.array(["a", "bc"]), ["a", "bc"]),
         ("\ud800", "\ud800"),
+        ("\u20ac\U0001f600a\U0010ffff", "\u20ac\U0001f600a\U0010ffff"),
         (uuid.UUID(int=5), str(uuid.UUID(int=5))),
         (math.inf, math.inf),
         (2**53, 2.0**53),
