@@ -25,23 +25,26 @@ namespace mf::zero {
 namespace {
 
 constexpr std::size_t kFirstRegion = 4 * kChunkBytes;
-constexpr std::size_t kLargestRegion = 256 * kChunkBytes;
+/// A chunk less than two huge pages: with what the allocator puts before a region, the next one
+/// begins where this one's pages end, and no gap is left between them.
+constexpr std::size_t kLargestRegion = 255 * kChunkBytes;
 constexpr std::size_t kHugePage = 2 * 1024 * 1024;
+
+std::size_t roundUp(std::size_t value, std::size_t unit) {
+  return (value + unit - 1) / unit * unit;
+}
 
 /// Memory of whole chunks. A large model asks for huge pages, where the system has them: one page
 /// fault then serves thousands of elements.
 std::byte* allocateRegion(std::size_t bytes) {
-  const bool large = bytes % kHugePage == 0;
-  void* memory = std::aligned_alloc(large ? kHugePage : kChunkBytes, bytes);
-  if (!memory) throw std::bad_alloc();
+  const bool large = bytes > kHugePage / 2;
+  void* memory = nullptr;
+  if (posix_memalign(&memory, large ? kHugePage : kChunkBytes, bytes) != 0) throw std::bad_alloc();
 #ifdef MADV_HUGEPAGE
-  if (large) madvise(memory, bytes, MADV_HUGEPAGE);  // no matter if it is refused
+  if (large)
+    madvise(memory, roundUp(bytes, kHugePage), MADV_HUGEPAGE);  // no matter if it is refused
 #endif
   return static_cast<std::byte*>(memory);
-}
-
-std::size_t roundUp(std::size_t value, std::size_t unit) {
-  return (value + unit - 1) / unit * unit;
 }
 
 std::uint32_t numberOf(const ClassInfo& info) {
