@@ -26,46 +26,6 @@ void forEachContained(const ElementImpl& element, Visit&& visit) {
   }
 }
 
-/// Records a destruction; runs of neighbouring cells without referrers become one record.
-void record(UndoLog& log, std::size_t first, const ElementImpl& element) {
-  const ElementId id = element.id();
-  const std::uint32_t stride = Chunk::of(&element)->cellUnits;
-  const bool isAlone = Raw::incoming(const_cast<ElementImpl&>(element)) != nullptr;
-  if (log.records.size() > first && !isAlone) {
-    UndoRecord& last = log.records.back();
-    if (last.old == 0 && last.position == stride && last.element + last.count * stride == id) {
-      ++last.count;
-      return;
-    }
-  }
-  // Until it is retired, an odd `old` keeps the record from becoming a run.
-  log.add({.kind = UndoKind::kDestroy,
-           .element = id,
-           .position = stride,
-           .count = 1,
-           .old = isAlone ? 1U : 0U});
-}
-
-/// Records the destruction of the element and of everything it contains, owners before contents,
-/// or nothing. The records are the queue, so that nothing recurses.
-void recordAll(ModelImpl& model, const ElementImpl& element) {
-  UndoLog& log = model.log();
-  const std::size_t first = log.records.size();
-  try {
-    record(log, first, element);
-    for (std::size_t i = first; i < log.records.size(); ++i) {
-      for (std::uint32_t k = 0; k < log.records[i].count; ++k) {
-        const ElementId id = log.records[i].element + k * log.records[i].position;
-        forEachContained(*model.pool().at(id),
-                         [&](ElementId child) { record(log, first, *model.pool().at(child)); });
-      }
-    }
-  } catch (...) {
-    log.drop(first);
-    throw;
-  }
-}
-
 void emptyReferrers(ModelImpl& model, IncomingList& referrers) noexcept {
   for (std::uint32_t i = 0; i < referrers.size; ++i) {
     const Incoming& entry = referrers.entries()[i];
@@ -77,20 +37,51 @@ void emptyReferrers(ModelImpl& model, IncomingList& referrers) noexcept {
   }
 }
 
-/// Takes elements out of the web of references; their slots and values stay for undoing.
-void retire(ModelImpl& model, UndoRecord& record) noexcept {
-  record.old = 0;
-  for (std::uint32_t k = 0; k < record.count; ++k) {
-    ElementImpl& element = *model.pool().at(record.element + k * record.position);
-    if (IncomingList* referrers = std::exchange(Raw::incoming(element), nullptr)) {
-      record.old = reinterpret_cast<std::uintptr_t>(referrers);
-      emptyReferrers(model, *referrers);
-    }
-    links::withdraw(element);
-    model.identities().remove(element);
-    Raw::setRetired(element, true);
+/// Whether the newest record, if it is not older than `first`, is of cells without referrers that
+/// end where this one begins.
+bool endsAt(const UndoLog& log, std::size_t first, ElementId id, std::uint32_t stride) {
+  if (log.records.size() == first) return false;
+  const UndoRecord& last = log.records.back();
+  return last.old == 0 && last.position == stride && last.element + last.count * stride == id;
+}
+
+/// Takes an element out of the web of references; its slots and values stay for undoing.
+/// Neighbouring cells without referrers become one record.
+void retire(ModelImpl& model, std::size_t first, ElementId id) {
+  ElementImpl& element = *model.pool().at(id);
+  const Chunk& chunk = *Chunk::of(&element);
+  IncomingList* const referrers = Raw::incoming(element);
+  UndoLog& log = model.log();
+  if (!referrers && endsAt(log, first, id, chunk.cellUnits)) {
+    ++log.records.back().count;
+  } else {
+    log.add({.kind = UndoKind::kDestroy,
+             .element = id,
+             .position = chunk.cellUnits,
+             .count = 1,
+             .old = reinterpret_cast<std::uintptr_t>(referrers)});
   }
-  model.elementsGone(record.count);
+  if (referrers) emptyReferrers(model, *std::exchange(Raw::incoming(element), nullptr));
+  if (!chunk.layout->references().empty()) links::withdraw(element);
+  model.identities().remove(element);
+  Raw::setRetired(element, true);
+  model.elementsGone(1);
+}
+
+/// Retires the element and everything it contains, owners before contents. The records are the
+/// queue, so that nothing recurses; the slots that say what is contained stay.
+void retireAll(ModelImpl& model, const ElementImpl& element) {
+  const std::vector<UndoRecord>& records = model.log().records;
+  const std::size_t first = records.size();
+  retire(model, first, element.id());
+  for (std::size_t i = first; i < records.size(); ++i) {
+    const ElementId run = records[i].element;
+    if (Raw::layout(*model.pool().at(run)).containments().empty()) continue;
+    for (std::uint32_t k = 0; k < records[i].count; ++k) {
+      forEachContained(*model.pool().at(run + k * records[i].position),
+                       [&](ElementId child) { retire(model, first, child); });
+    }
+  }
 }
 
 void checkUnreferenced(const ElementImpl& element, bool withContents) {
@@ -117,10 +108,7 @@ void destroy(ElementImpl& element, bool withContents, bool evenIfReferenced) {
     forEachContained(element, [&](ElementId child) { contents.push_back(child); });
     for (const ElementId child : contents) detach(*model.pool().at(child));
   }
-  std::vector<UndoRecord>& records = model.log().records;
-  const std::size_t first = records.size();
-  recordAll(model, element);
-  for (std::size_t i = first; i < records.size(); ++i) retire(model, records[i]);
+  retireAll(model, element);
   scope.done();
 }
 

@@ -145,7 +145,9 @@ void settle(ModelImpl& model, const UndoRecord& record) noexcept {
 }
 
 void discard(ModelImpl& model, ElementImpl& element) noexcept {
-  links::release(element);
+  if (Raw::incoming(element) || !Raw::layout(element).elementLists().empty()) {
+    links::release(element);
+  }
   if (Raw::refs(element) == 0) {
     model.pool().release(&element);
     return;
