@@ -100,6 +100,7 @@ struct PropertyInfo {
   MetaLink meta = {};
 
   bool has(PropertyFlags flag) const { return (flags & flag) != 0; }
+  bool hasAny(int ofFlags) const { return (flags & ofFlags) != 0; }
   bool isReferenceList() const { return kind == ValueKind::kElement && has(kMany); }
 };
 
@@ -141,9 +142,10 @@ struct ClassInfo {
   MetaLink meta = {};
 
   bool isA(const ClassInfo& other) const {
-    for (const ClassInfo* c = this; c; c = c->super) {
+    const ClassInfo* c = this;
+    do {
       if (c == &other) return true;
-    }
+    } while ((c = c->super));
     return false;
   }
   /// The property of that index, inherited ones included; null for any other index.

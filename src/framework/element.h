@@ -274,6 +274,7 @@ class MF0_API ElementImpl {
   void changeText(const PropertyInfo& property, Text& slot, std::u16string_view value);
   void changeArray(const PropertyInfo& property, ArraySlot& slot, const vxArray* value);
   const PropertyInfo& checkedInfo(const meta::Property& property) const;
+  void setAny(const PropertyInfo& property, const Value& value);
   void setShared(const PropertyInfo& property, const Value& value);
   void firstRef();
   void lastRef() noexcept;

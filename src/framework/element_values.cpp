@@ -50,14 +50,17 @@ const PropertyInfo& requireInfo(const ElementImpl& element, const meta::Property
       mf0::messages::NoSuchProperty(element.classInfo().qualifiedName, toUtf8(info.name)));
 }
 
-/// The same, which sees without a call what nearly always is the case.
+/// The same where it is seen without a call; null says nothing.
+inline const PropertyInfo* infoOf(const ElementImpl& element, const meta::Property& property) {
+  if (!property || !Raw::isPlain(*property.impl())) [[unlikely]]
+    return nullptr;
+  const PropertyInfo* const info = property->info();
+  return info && element.classInfo().isA(*info->owner) ? info : nullptr;
+}
+
 inline const PropertyInfo& infoFor(const ElementImpl& element, const meta::Property& property) {
-  if (property && Raw::isPlain(*property.impl())) [[likely]] {
-    const PropertyInfo* info = property->info();
-    if (info && element.classInfo().isA(*info->owner)) [[likely]]
-      return *info;
-  }
-  return requireInfo(element, property);
+  const PropertyInfo* const info = infoOf(element, property);
+  return info ? *info : requireInfo(element, property);
 }
 
 }  // namespace
@@ -66,22 +69,39 @@ const PropertyInfo& ElementImpl::checkedInfo(const meta::Property& property) con
   return infoFor(*this, property);
 }
 
-Value ElementImpl::getPropertyValue(const meta::Property& property) const {
-  return get(infoFor(*this, property));
-}
-
-void ElementImpl::setPropertyValue(const meta::Property& property, const Value& value) {
-  set(infoFor(*this, property), value);
-}
-
 bool ElementImpl::hasPropertyValue(const meta::Property& property) const {
   return has(checkedInfo(property));
+}
+
+namespace {
+
+/// Numbers are what is read and set by description most.
+bool isStoredReal(const PropertyInfo& property) {
+  return property.kind == ValueKind::kReal && !property.hasAny(kMany | kDerived | kReadOnly);
+}
+
+[[gnu::noinline]] Value anyPropertyValue(const ElementImpl& element,
+                                         const meta::Property& property) {
+  return element.get(requireInfo(element, property));
+}
+
+}  // namespace
+
+Value ElementImpl::getPropertyValue(const meta::Property& property) const {
+  const PropertyInfo* const info = infoOf(*this, property);
+  if (info && isStoredReal(*info) && Raw::isPlain(*this)) [[likely]]
+    return Raw::at<double>(*this, *info);
+  return anyPropertyValue(*this, property);
 }
 
 Value ElementImpl::get(const PropertyInfo& property) const {
   if (flags_ & kAttention) [[unlikely]]
     prepareRead();
   return property.derive ? property.derive(*this) : values::read(*this, property);
+}
+
+void ElementImpl::setPropertyValue(const meta::Property& property, const Value& value) {
+  set(infoFor(*this, property), value);
 }
 
 bool ElementImpl::has(const PropertyInfo& property) const {
@@ -91,8 +111,13 @@ bool ElementImpl::has(const PropertyInfo& property) const {
 }
 
 void ElementImpl::set(const PropertyInfo& property, const Value& value) {
-  if (property.has(kReadOnly)) [[unlikely]]
-    raiseReadOnly(property);
+  if (isStoredReal(property) && value.meta() == Value::metaOf<double>()) [[likely]]
+    return assign(property, Raw::at<double>(*this, property), std::bit_cast<double>(value.bits()));
+  setAny(property, value);
+}
+
+void ElementImpl::setAny(const PropertyInfo& property, const Value& value) {
+  if (property.has(kReadOnly)) raiseReadOnly(property);
   if (property.has(kMany)) return setMany(*this, property, value);
   values::checkSingle(property, value);
   switch (property.kind) {
