@@ -327,16 +327,7 @@ void ModelImpl::dropEndedObservers() {
   setState(kObserved, !observers_.empty());
 }
 
-void ModelImpl::finish(UndoLog& log) noexcept {
-  if (log.isOnePlainSet()) return recycle(log);
-  // Ending what the records kept alive may run foreign code, that of a host object's payload.
-  const vexal::ReleasePause pause;
-  if (isIdle()) references::tidyAfter(*this, log.records);
-  for (const UndoRecord& record : log.records) undo::settle(*this, record);
-  recycle(log);
-}
-
-void ModelImpl::recycle(UndoLog& log) noexcept {
+inline void ModelImpl::recycle(UndoLog& log) noexcept {
   if (spare_ && spare_->next) {
     delete &log;
     return;
@@ -346,7 +337,19 @@ void ModelImpl::recycle(UndoLog& log) noexcept {
   setState(kNoSpare, false);
 }
 
-UndoLog& ModelImpl::takeLog() noexcept {
+void ModelImpl::settle(const UndoLog& log) noexcept {
+  // Ending what the records kept alive may run foreign code, that of a host object's payload.
+  const vexal::ReleasePause pause;
+  if (isIdle()) references::tidyAfter(*this, log.records);
+  for (const UndoRecord& record : log.records) undo::settle(*this, record);
+}
+
+inline void ModelImpl::finish(UndoLog& log) noexcept {
+  if (!log.isOnePlainSet()) settle(log);
+  recycle(log);
+}
+
+inline UndoLog& ModelImpl::takeLog() noexcept {
   UndoLog& taken = *std::exchange(log_, spare_);
   spare_ = std::exchange(log_->next, nullptr);
   setState(kNoSpare, !spare_);
@@ -363,6 +366,60 @@ void ModelImpl::makeSpare() {
   setState(kNoSpare, false);
 }
 
+void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
+  const ChangeSet changes(log);
+  const auto keepFirst = [&] {
+    if (!first) first = std::current_exception();
+  };
+  if (log.mayBeVoid) {
+    try {
+      if (changes.empty()) return;
+    } catch (...) {
+      keepFirst();
+    }
+  }
+  // By position: an observer may add observers or end them; ended ones stay until all are told.
+  const std::size_t count = observers_.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    try {
+      if (Observer* const observer = observers_[i]->observer) observer->changed(changes);
+    } catch (...) {
+      keepFirst();
+    }
+  }
+}
+
+void ModelImpl::tellAnswers(std::exception_ptr& first) {
+  // A round is what the observers' answers to the one before have queued.
+  const UndoLog* lastOfRound = lastTold_;
+  for (int round = 1; told_;) {
+    UndoLog& log = *told_;
+    if (round < kMostRounds) {
+      tell(log, first);
+    } else if (!first) {
+      first = doNotSettle();
+    }
+    told_ = log.next;
+    if (&log == lastOfRound) {
+      lastOfRound = lastTold_;
+      ++round;
+    }
+    finish(log);
+  }
+  if (state_ & kObserverEnded) dropEndedObservers();
+  if (first) std::rethrow_exception(first);
+}
+
+}
+
+inline void ModelImpl::announce(UndoLog& log) {
+  const Model keep(this);
+  std::exception_ptr first;
+  lastTold_ = told_ = &log;
+  tell(log, first);
+  told_ = log.next;
+  finish(log);
+  if (told_) tellAnswers(first);
 void ModelImpl::publish() {
   UndoLog& log = takeLog();
   if (told_) {
@@ -370,49 +427,7 @@ void ModelImpl::publish() {
   } else if (observers_.empty()) {
     finish(log);
   } else {
-    lastTold_ = told_ = &log;
-    drain();
-  }
-}
-
-void ModelImpl::drain() {
-  const Model keep(this);
-  std::exception_ptr first;
-  // A round is what the observers' answers to the one before have queued.
-  const UndoLog* lastOfRound = lastTold_;
-  for (int round = 0; told_;) {
-    if (round < kMostRounds) {
-      tell(*told_, first);
-    } else if (!first) {
-      first = doNotSettle();
-    }
-    UndoLog& told = *told_;
-    told_ = told.next;
-    if (&told == lastOfRound) {
-      lastOfRound = lastTold_;
-      ++round;
-    }
-    finish(told);
-  }
-  if (state_ & kObserverEnded) dropEndedObservers();
-  if (first) std::rethrow_exception(first);
-}
-
-void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
-  const ChangeSet changes(log);
-  bool isVoid = false;
-  // By position: an observer may add observers or end them; ended ones stay until all are told.
-  const std::size_t count = observers_.size();
-  std::size_t i = 0;
-  while (i < count && !isVoid) {
-    try {
-      isVoid = std::exchange(log.mayBeVoid, false) && changes.empty();
-      while (i < count && !isVoid) {
-        if (Observer* const observer = observers_[i++]->observer) observer->changed(changes);
-      }
-    } catch (...) {
-      if (!first) first = std::current_exception();
-    }
+    announce(log);
   }
 }
 

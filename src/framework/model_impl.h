@@ -160,12 +160,14 @@ class MF0_API ModelImpl {
   void leave(bool keep, std::optional<Value> result);
   void endInnermost() noexcept;
   void publish();
-  void drain();
+  inline void announce(UndoLog& log);
+  void tellAnswers(std::exception_ptr& first);
   void dropEndedObservers();
   void tell(UndoLog& log, std::exception_ptr& first);
-  void finish(UndoLog& log) noexcept;
-  void recycle(UndoLog& log) noexcept;
-  UndoLog& takeLog() noexcept;
+  inline void finish(UndoLog& log) noexcept;
+  void settle(const UndoLog& log) noexcept;
+  inline void recycle(UndoLog& log) noexcept;
+  inline UndoLog& takeLog() noexcept;
   void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
   /// An element with empty values, unrecorded. The identity must be free.
   ElementImpl* newElement(const ClassInfo& info, const uuid& identity);
