@@ -24,6 +24,7 @@ class SampleTable {
       for (const ParameterSample& sample : run.parameterSamples()) samples_.push_back(sample);
     }
     starts_.push_back(samples_.size());
+    limit_ = static_cast<double>(runs.size());
   }
   std::size_t runs() const { return starts_.size() - 1; }
   /// Makes room at the samples for `uses` combined runs, spread evenly over this child's.
@@ -44,13 +45,21 @@ class SampleTable {
   }
   /// Writes the samples of a run to `to`; answers where they end.
   ElementImpl** writeRun(std::size_t run, ElementImpl** to) const {
-    for (std::size_t i = starts_[run]; i < starts_[run + 1]; ++i) *to++ = samples_[i].impl();
+    const std::size_t end = starts_[run + 1];
+    for (std::size_t i = starts_[run]; i != end; ++i) *to++ = samples_[i].impl();
     return to;
+  }
+  /// The same for the run that a 1-based level of a design matrix stands for.
+  ElementImpl** writeLevel(double level, ElementImpl** to) const {
+    const double index = level - 1.0;
+    if (!(index >= 0.0 && index < limit_)) host::raiseDesignError("InvalidDesignMatrix");
+    return writeRun(static_cast<std::size_t>(static_cast<std::ptrdiff_t>(index)), to);
   }
 
  private:
   std::vector<mf::zero::ModelElement> samples_;  ///< held: an observer may destroy them meanwhile
   std::vector<std::size_t> starts_;
+  double limit_ = 0.0;  ///< the number of runs
 };
 
 std::vector<SampleTable> tablesOf(const std::vector<std::vector<Iteration>>& lists) {
@@ -66,9 +75,7 @@ std::size_t widthOf(const std::vector<SampleTable>& tables) {
 
 /// A new run that refers to the given samples.
 Iteration createRun(const mf::zero::Model& model, std::span<ElementImpl* const> samples) {
-  Iteration run = Iteration::create(model);
-  run->getParameterSamplesMutable().append(samples);
-  return run;
+  return Iteration::createReferring(model, Iteration::Impl::kProperties[0], samples);
 }
 
 /// The design matrix for the children's level counts: a row per child, a column per run.
@@ -76,16 +83,6 @@ host::ArrayPtr designMatrix(std::span<const double> levels) {
   const host::ArrayPtr vector = host::createDoubleMatrix(1, levels.size());
   std::ranges::copy(levels, host::mutableDoubleData(vector.get()).begin());
   return host::call("kxsim.design.fullfact", vector.get());
-}
-
-/// The 0-based run that a 1-based level stands for.
-std::size_t runOf(double level, const SampleTable& table) {
-  const double index = level - 1.0;
-  const auto runs = static_cast<std::ptrdiff_t>(table.runs());
-  if (!(index >= 0.0 && index < static_cast<double>(runs))) {
-    host::raiseDesignError("InvalidDesignMatrix");
-  }
-  return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(index));
 }
 
 }  // namespace
@@ -217,7 +214,7 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
     if (column + levels.size() > design.size()) host::raiseDesignError("InvalidDesignMatrix");
     ElementImpl** end = samples.data();
     for (std::size_t j = 0; j < tables.size(); ++j) {
-      end = tables[j].writeRun(runOf(design[column + j], tables[j]), end);
+      end = tables[j].writeLevel(design[column + j], end);
     }
     runs.push_back(createRun(model, {samples.data(), end}));
   }

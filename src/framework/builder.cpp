@@ -6,6 +6,7 @@
 #include "framework/meta/meta.h"
 #include "framework/model_impl.h"
 #include "framework/raw.h"
+#include "framework/references.h"
 #include "framework/values.h"
 
 namespace mf::zero {
@@ -149,13 +150,33 @@ ModelElement Builder::create(const uuid& identity) const {
   return Creation::create(values(), identity);
 }
 
-ModelElement createElement(const ClassInfo& info, const Model& model, const uuid& identity) {
+namespace {
+
+ModelImpl& openImpl(const Model& model) {
   ModelImpl* const impl = model.impl();
   if (!impl || !impl->isOpen()) reportException(mf0::messages::CannotCreateWithoutModel());
+  return *impl;
+}
+
+}  // namespace
+
+ModelElement createElement(const ClassInfo& info, const Model& model, const uuid& identity) {
+  ModelImpl& impl = openImpl(model);
   // A handle before anybody is told: an observer may destroy what was just made.
-  ModelElement element(impl->createElement(info, identity, true));
-  impl->publishIfOutermost();
+  ModelElement element(impl.createElement(info, identity));
+  impl.publishIfOutermost();
   return element;
+}
+
+ModelElement createReferring(const ClassInfo& info, const Model& model, const PropertyInfo& list,
+                             std::span<ElementImpl* const> targets) {
+  if (!info.isA(*list.owner)) {
+    reportException(mf0::messages::NoSuchProperty(info.qualifiedName, toUtf8(list.name)));
+  }
+  if (!list.isReferenceList()) {
+    reportException(mf0::messages::CannotCastIncompatibleTypes(list.type));
+  }
+  return references::create(openImpl(model), info, list, targets);
 }
 
 }  // namespace mf::zero

@@ -31,7 +31,7 @@ void ClassLayout::takeIn(const PropertyInfo& property) {
   }
 }
 
-void ClassLayout::applyDefaults(ElementImpl& element) const {
+void ClassLayout::storeDefaults(ElementImpl& element) const {
   for (const Default& item : defaults_) {
     if (item.property->kind == ValueKind::kString) {
       Raw::at<Text>(element, *item.property) = item.text;

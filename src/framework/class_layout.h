@@ -28,7 +28,9 @@ class ClassLayout {
   bool ownsOutsideMemory() const { return ownsOutsideMemory_; }
 
   /// Gives a new or hollow element of the class the declared defaults.
-  void applyDefaults(ElementImpl& element) const;
+  void applyDefaults(ElementImpl& element) const {
+    if (!defaults_.empty()) storeDefaults(element);
+  }
 
  private:
   struct Default {
@@ -37,6 +39,7 @@ class ClassLayout {
     std::size_t size;
     Text text;
   };
+  void storeDefaults(ElementImpl& element) const;
   void takeIn(const PropertyInfo& property);
 
   Properties properties_, references_, containments_, elementLists_;

@@ -142,7 +142,7 @@ ModelElement Creation::create(const BuilderValues& root, const uuid& identity) {
   for (std::size_t i = 0; i < tasks.size(); ++i) {
     const Task task = tasks[i];
     ElementImpl* element =
-        model->createElement(task.values->classInfo(), created ? uuid{} : identity, true);
+        model->createElement(task.values->classInfo(), created ? uuid{} : identity);
     if (!created) created = ModelElement(element);
     if (task.owner) {
       task.property->has(kMany)

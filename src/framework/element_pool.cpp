@@ -100,8 +100,7 @@ void* BlockArena::enlist(void* memory) {
   return block + 1;
 }
 
-void* BlockArena::allocate(std::size_t& bytes) {
-  bytes = roundUp(std::max<std::size_t>(bytes, 16), kCellUnit);
+void* BlockArena::allocateElsewhere(std::size_t bytes) {
   const std::size_t sizeClass = bytes / kCellUnit;
   if (sizeClass > kSmallClasses) {
     void* block = enlist(std::malloc(bytes + sizeof(LargeBlock)));
@@ -204,19 +203,12 @@ Chunk* ElementPool::addChunk(const ClassInfo& info, Cells& cells) {
   return chunk;
 }
 
-ElementImpl* ElementPool::create(const ClassInfo& info, const uuid& identity) {
-  Cells& cells = cellsOf(info);
-  void* cell;
-  if (cells.free) {
-    cell = cells.free;
-    cells.free = cells.free->next;
-    ASAN_UNPOISON_MEMORY_REGION(cell, cells.last->cellUnits * kCellUnit);
-  } else {
-    Chunk* chunk = cells.last;
-    if (!chunk || chunk->used + chunk->cellUnits > kUnitsPerChunk) chunk = addChunk(info, cells);
-    cell = reinterpret_cast<std::byte*>(chunk) + chunk->used * kCellUnit;
-    chunk->used += chunk->cellUnits;
-  }
+ElementImpl* ElementPool::createElsewhere(const ClassInfo& info, const uuid& identity,
+                                          Cells& cells) {
+  if (!cells.free) return createNext(info, identity, cells, *addChunk(info, cells));
+  void* const cell = cells.free;
+  cells.free = cells.free->next;
+  ASAN_UNPOISON_MEMORY_REGION(cell, cells.last->cellUnits * kCellUnit);
   ++cells.inUse;
   return info.native.construct(cell, identity);
 }

@@ -3,10 +3,12 @@
 // without a pointer in the element; a four-byte id leads to its address.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "framework/class_info.h"
@@ -60,7 +62,13 @@ class MF0_API BlockArena {
   /// A chunk of kChunkBytes, aligned to its size; not zeroed. Throws std::bad_alloc.
   void* chunk();
   /// A block of at least `bytes`; `bytes` is rounded up in place to what was given.
-  void* allocate(std::size_t& bytes);
+  void* allocate(std::size_t& bytes) {
+    bytes = (std::max<std::size_t>(bytes, 16) + kCellUnit - 1) / kCellUnit * kCellUnit;
+    const std::size_t sizeClass = bytes / kCellUnit;
+    const bool isNext = sizeClass <= kSmallClasses && !free_[sizeClass] &&
+                        bytes <= static_cast<std::size_t>(blockLimit_ - block_);
+    return isNext ? std::exchange(block_, block_ + bytes) : allocateElsewhere(bytes);
+  }
   /// A block of at least `bytes` with the first `oldBytes` of `block`, which is taken back.
   void* reallocate(void* block, std::size_t oldBytes, std::size_t& bytes);
   /// Takes back a block of the size that `allocate` reported.
@@ -80,6 +88,8 @@ class MF0_API BlockArena {
     LargeBlock* previous;
     LargeBlock* next;
   };
+  /// A recycled block, one from a new chunk, or a large one.
+  void* allocateElsewhere(std::size_t bytes);
   void grow();
   void* enlist(void* memory);
 
@@ -102,7 +112,13 @@ class MF0_API ElementPool {
 
   /// Builds an element of a concrete class with that identity. Throws std::bad_alloc, and raises
   /// ModelIsFull at 2^32 cell units.
-  ElementImpl* create(const ClassInfo& info, const uuid& identity);
+  ElementImpl* create(const ClassInfo& info, const uuid& identity) {
+    Cells& cells = cellsOf(info);
+    Chunk* const chunk = cells.last;
+    if (cells.free || !chunk || chunk->used + chunk->cellUnits > kUnitsPerChunk) [[unlikely]]
+      return createElsewhere(info, identity, cells);
+    return createNext(info, identity, cells, *chunk);
+  }
   /// Ends an element's storage and recycles its cell.
   void release(ElementImpl* element) noexcept;
   ElementImpl* at(ElementId id) const {
@@ -174,6 +190,16 @@ class MF0_API ElementPool {
   }
   static constexpr std::size_t firstUnit() { return (sizeof(Chunk) + kCellUnit - 1) / kCellUnit; }
   const Chunk* firstChunk(const ClassInfo& info) const;
+  /// In the chunk's next cell.
+  static ElementImpl* createNext(const ClassInfo& info, const uuid& identity, Cells& cells,
+                                 Chunk& chunk) {
+    void* const cell = reinterpret_cast<std::byte*>(&chunk) + chunk.used * kCellUnit;
+    chunk.used += chunk.cellUnits;
+    ++cells.inUse;
+    return info.native.construct(cell, identity);
+  }
+  /// In a recycled cell or a new chunk.
+  ElementImpl* createElsewhere(const ClassInfo& info, const uuid& identity, Cells& cells);
   Chunk* addChunk(const ClassInfo& info, Cells& cells);
   Cells& cellsOf(const ClassInfo& info) {
     const std::uint32_t number = info.number.load(std::memory_order_acquire);

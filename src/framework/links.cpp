@@ -19,17 +19,6 @@ BlockArena& arenaOf(const ElementImpl& element) { return Chunk::of(&element)->po
 
 ElementImpl& elementAt(const ElementImpl& near, ElementId id) { return *Chunk::find(near, id); }
 
-/// The block's head: how many slots it has room for; stands in the place of one slot before them.
-std::uint32_t& capacityOf(ReferenceSlot* slots) { return slots[-1].back; }
-
-std::uint32_t roomOf(const ReferenceList& list) { return list.slots ? capacityOf(list.slots) : 0; }
-
-std::uint32_t noteReferrer(ElementImpl& target, Incoming entry) noexcept {
-  IncomingList* list = Raw::incoming(target);
-  list->entries()[list->size] = entry;
-  return list->size++;
-}
-
 void forgetReferrer(ElementImpl& target, std::uint32_t back) noexcept {
   IncomingList* list = Raw::incoming(target);
   const Incoming last = list->entries()[--list->size];
@@ -76,10 +65,8 @@ void forEachOutgoing(ElementImpl& element, Visit&& visit) {
 
 }  // namespace
 
-void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count) {
-  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
+void growSlots(ElementImpl& owner, ReferenceList& list, std::size_t count) {
   const std::uint32_t room = roomOf(list);
-  if (count <= room) return;
   if (count >= kMaxPositions) {
     raiseTooLong("a collection");
   }
@@ -142,25 +129,8 @@ void emptied(const ElementImpl& owner, const PropertyInfo& property,
             [&](ListIndexes& lists, std::uint64_t key) { lists.emptied(key, position); });
 }
 
-namespace {
-
 void dropIndex(const ElementImpl& owner, const PropertyInfo& property) noexcept {
   tellIndex(owner, property, [](ListIndexes& lists, std::uint64_t key) { lists.drop(key); });
-}
-
-}  // namespace
-
-void placeAtEnd(ElementImpl& owner, const PropertyInfo& property,
-                std::span<ElementImpl* const> targets) noexcept {
-  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
-  ReferenceSlot* slot = list.slots + list.size;
-  Incoming entry{owner.id(), link(property, list.size)};
-  for (ElementImpl* target : targets) {
-    *slot++ = {target->id(), noteReferrer(*target, entry)};
-    ++entry.link;
-  }
-  list.size += static_cast<std::uint32_t>(targets.size());
-  dropIndex(owner, property);
 }
 
 void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept {

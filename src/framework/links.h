@@ -36,8 +36,18 @@ inline ReferenceSlot& slotAt(const ElementImpl& owner, const PropertyInfo& prope
                              : Raw::at<ReferenceSlot>(owner, property);
 }
 
+/// The block's head: how many slots it has room for; stands in the place of one slot before them.
+inline std::uint32_t& capacityOf(ReferenceSlot* slots) { return slots[-1].back; }
+inline std::uint32_t roomOf(const ReferenceList& list) {
+  return list.slots ? capacityOf(list.slots) : 0;
+}
+/// Makes room for `count` slots in all, which are more than there is room for.
+void growSlots(ElementImpl& owner, ReferenceList& list, std::size_t count);
 /// Makes room for `count` slots in all. Throws std::bad_alloc, raises ListIsFull.
-void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count);
+inline void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count) {
+  ReferenceList& list = Raw::at<ReferenceList>(owner, property);
+  if (count > roomOf(list)) growSlots(owner, list, count);
+}
 /// Makes room for `count` more referrers of `target`; its list, if any, has less.
 void growReferrers(ElementImpl& target, std::size_t count);
 /// Makes room for one more; often for many more.
@@ -52,9 +62,21 @@ inline void reserveReferrer(ElementImpl& target) {
 /// Room must have been made.
 void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
            ElementImpl& target) noexcept;
-/// Adds references to the end of a list; room must have been made on both sides.
-void placeAtEnd(ElementImpl& owner, const PropertyInfo& property,
-                std::span<ElementImpl* const> targets) noexcept;
+/// Notes a referrer at the target, where room must have been made; answers the note's number.
+inline std::uint32_t noteReferrer(ElementImpl& target, Incoming entry) noexcept {
+  IncomingList* list = Raw::incoming(target);
+  list->entries()[list->size] = entry;
+  return list->size++;
+}
+/// Whether the target's newest note is from the same list or reference as `entry`.
+inline bool isNewestFrom(ElementImpl& target, Incoming entry) noexcept {
+  IncomingList* list = Raw::incoming(target);
+  if (list->size == 0) return false;
+  const Incoming& newest = list->entries()[list->size - 1];
+  return newest.owner == entry.owner && propertyIndexOf(newest.link) == propertyIndexOf(entry.link);
+}
+/// Forgets the target's newest note.
+inline void forgetNewest(ElementImpl& target) noexcept { --Raw::incoming(target)->size; }
 /// Empties a slot, at both ends. In a list this leaves a hole, which is counted.
 void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept;
 
@@ -70,6 +92,8 @@ void openGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t pos
 /// Takes empty slots out again.
 void closeGap(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
               std::uint32_t count) noexcept;
+/// For who has put references at the end of a list without the above.
+void dropIndex(const ElementImpl& owner, const PropertyInfo& property) noexcept;
 /// Closes all gaps.
 void compact(ElementImpl& owner, const PropertyInfo& property) noexcept;
 

@@ -205,28 +205,6 @@ std::vector<ModelElement> ModelImpl::roots() {
   return found;
 }
 
-ElementImpl* ModelImpl::createElement(const ClassInfo& info, const uuid& identity,
-                                      bool withDefaults) {
-  checkWritable();
-  if (info.isAbstract) {
-    reportException(mf0::messages::CannotCreateAbstractClass(info.qualifiedName));
-  }
-  if (!identity.isNil() && identities_.find(identity)) {
-    reportException(mf0::messages::CannotCreateDuplicateIdentity(identity.toString()));
-  }
-  ElementImpl* element = newElement(info, identity.isNil() ? generateNewUuid() : identity);
-  try {
-    if (withDefaults) Raw::layout(*element).applyDefaults(*element);
-    if (isRecording()) log_->noteCreated(element->id(), Chunk::of(element)->cellUnits, mark_);
-  } catch (...) {
-    identities_.remove(*element);
-    elementsGone(1);
-    pool_.release(element);
-    throw;
-  }
-  return element;
-}
-
 ElementImpl* ModelImpl::newElement(const ClassInfo& info, const uuid& identity) {
   ElementImpl* element = pool_.create(info, identity);
   if (shared_) Raw::setShared(*element);
@@ -238,6 +216,32 @@ ElementImpl* ModelImpl::newElement(const ClassInfo& info, const uuid& identity) 
   }
   ++liveElements_;
   return element;
+}
+
+ElementImpl* ModelImpl::createElement(const ClassInfo& info, const uuid& identity) {
+  checkWritable();
+  if (info.isAbstract) {
+    reportException(mf0::messages::CannotCreateAbstractClass(info.qualifiedName));
+  }
+  if (!identity.isNil() && identities_.find(identity)) {
+    reportException(mf0::messages::CannotCreateDuplicateIdentity(identity.toString()));
+  }
+  ElementImpl* element = newElement(info, identity.isNil() ? generateNewUuid() : identity);
+  try {
+    Raw::layout(*element).applyDefaults(*element);
+    if (isRecording()) log_->noteCreated(element->id(), Chunk::of(element)->cellUnits, mark_);
+  } catch (...) {
+    identities_.remove(*element);
+    elementsGone(1);
+    pool_.release(element);
+    throw;
+  }
+  return element;
+}
+
+void ModelImpl::uncreate(ElementImpl& element) noexcept {
+  if (isRecording()) log_->dropCreated();
+  undo::revert(*this, {.kind = UndoKind::kCreate, .element = element.id(), .count = 1});
 }
 
 // ModelImpl: transactions
@@ -406,10 +410,6 @@ void ModelImpl::tellAnswers(std::exception_ptr& first) {
     }
     finish(log);
   }
-  if (state_ & kObserverEnded) dropEndedObservers();
-  if (first) std::rethrow_exception(first);
-}
-
 }
 
 inline void ModelImpl::announce(UndoLog& log) {
@@ -420,6 +420,10 @@ inline void ModelImpl::announce(UndoLog& log) {
   told_ = log.next;
   finish(log);
   if (told_) tellAnswers(first);
+  if (state_ & kObserverEnded) dropEndedObservers();
+  if (first) std::rethrow_exception(first);
+}
+
 void ModelImpl::publish() {
   UndoLog& log = takeLog();
   if (told_) {

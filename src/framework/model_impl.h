@@ -97,7 +97,9 @@ class MF0_API ModelImpl {
   void publishIfOutermost() {
     if (depth_ == 0 && !log_->empty()) publish();
   }
-  ElementImpl* createElement(const ClassInfo& info, const uuid& identity, bool withDefaults);
+  ElementImpl* createElement(const ClassInfo& info, const uuid& identity);
+  /// Takes back what `createElement` has just done.
+  void uncreate(ElementImpl& element) noexcept;
   void elementsGone(std::size_t count) { liveElements_ -= count; }
   void elementBack() { ++liveElements_; }
   /// The log after `log` in time: pending ones, then the open one; null after the last.

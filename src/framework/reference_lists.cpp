@@ -13,13 +13,6 @@ namespace {
 /// Lists up to this long are compared element by element, which beats every cleverness.
 constexpr std::size_t kShortList = 32;
 
-/// Whether nothing speaks against a plain reference but that it may be held already.
-bool isWelcome(const ModelImpl& model, const ClassInfo& wanted, const ElementImpl* target) {
-  if (!target || !Raw::isPlain(*target)) return false;
-  const Chunk& chunk = *Chunk::of(target);
-  return chunk.model == &model && chunk.info->isA(wanted);
-}
-
 bool holds(const ReferenceList& list, ElementId id) {
   for (std::uint32_t i = 0; i < list.size; ++i) {
     if (list.slots[i].target == id) return true;
@@ -27,53 +20,65 @@ bool holds(const ReferenceList& list, ElementId id) {
   return false;
 }
 
-/// Checks a few targets for a short list, against it and against each other.
-void checkFew(const ElementImpl& owner, const PropertyInfo& property,
+/// Slots behind a list's end that are being filled; their notes go again unless they are kept.
+struct Filling {
+  const ElementImpl& owner;
+  ReferenceSlot* first;
+  ReferenceSlot* next = first;
+  ~Filling() {
+    while (next != first) links::forgetNewest(*Chunk::find(owner, (--next)->target));
+  }
+  void keep() { first = next; }
+};
+
+/// Puts plain references at the end of a list, each checked and noted in one go. False, and none is
+/// there, when a target needs a closer look: it may be a proxy, held already, or none to refer to.
+bool putAtEnd(ElementImpl& owner, const PropertyInfo& property,
               std::span<ElementImpl* const> targets) {
-  const ReferenceList& list = listOf(owner, property);
-  const ModelImpl& model = owner.model();
-  bool held = false;
-  for (std::size_t i = 0; i < targets.size(); ++i) {
-    if (!isWelcome(model, *property.target, targets[i])) admit(owner, property, targets[i]);
-    for (std::size_t k = 0; k < i; ++k) held |= targets[k] == targets[i];
-    held |= list.size > 0 && holds(list, targets[i]->id());
-    if (held) reportException(mf0::messages::CannotAddSecondObject());
-  }
-}
-
-/// Checks any number of targets for an empty list, against each other.
-void checkMany(const ElementImpl& owner, const PropertyInfo& property,
-               std::span<ElementImpl* const> targets) {
-  std::vector<ElementId> ids;
-  ids.reserve(targets.size());
+  ReferenceList& list = listOf(owner, property);
+  const std::uint32_t before = list.size;
+  links::reserveSlots(owner, property, before + targets.size());
+  Filling filling{owner, list.slots + before};
+  Incoming note{owner.id(), links::link(property, before)};
+  const ClassLayout* welcome = nullptr;  // says class and model at once
   for (ElementImpl* target : targets) {
-    if (!isWelcome(owner.model(), *property.target, target)) admit(owner, property, target);
-    ids.push_back(target->id());
+    if (!target || !Raw::isPlain(*target)) return false;
+    const Chunk& chunk = *Chunk::of(target);
+    if (chunk.layout != welcome) {
+      if (!isWelcome(owner.model(), property, target)) return false;
+      welcome = chunk.layout;
+    }
+    const ElementId id = chunk.idOf(target);
+    if (before > 0 && holds(list, id)) return false;
+    links::reserveReferrer(*target);
+    // What this very call has put there has its note as the newest.
+    if (links::isNewestFrom(*target, note)) return false;
+    *filling.next = {id, links::noteReferrer(*target, note)};
+    ++filling.next;
+    ++note.link;
   }
-  std::ranges::sort(ids);
-  if (std::ranges::adjacent_find(ids) != ids.end()) {
-    reportException(mf0::messages::CannotAddSecondObject());
-  }
+  list.size += static_cast<std::uint32_t>(targets.size());
+  filling.keep();
+  return true;
 }
 
-/// The quick way for plain references: all checks, all room, one record, no undo.
-void appendAtOnce(ElementImpl& owner, const PropertyInfo& property,
+/// The quick way for plain references: no undo, one record.
+bool appendAtOnce(ElementImpl& owner, const PropertyInfo& property,
                   std::span<ElementImpl* const> targets) {
   ModelImpl& model = owner.model();
-  ReferenceList& list = listOf(owner, property);
-  const std::size_t total = list.size + targets.size();
-  total <= kShortList ? checkFew(owner, property, targets) : checkMany(owner, property, targets);
-  links::reserveSlots(owner, property, total);
-  for (ElementImpl* target : targets) links::reserveReferrer(*target);
-  if (model.isRecording() && !coveredByCreation(model, owner, property)) {
+  const bool recorded = model.isRecording() && !coveredByCreation(model, owner, property);
+  if (recorded) model.log().makeRoom();
+  const std::uint32_t before = listOf(owner, property).size;
+  if (!putAtEnd(owner, property, targets)) return false;
+  if (recorded) {
     model.log().add({.kind = UndoKind::kInsert,
                      .property = property.index,
                      .element = owner.id(),
-                     .position = list.size,
+                     .position = before,
                      .count = static_cast<std::uint32_t>(targets.size())});
   }
-  links::placeAtEnd(owner, property, targets);
-  model.publishIfOutermost();
+  links::dropIndex(owner, property);
+  return true;
 }
 
 }  // namespace
@@ -85,13 +90,48 @@ void append(ElementImpl& owner, const PropertyInfo& property,
   if (targets.empty()) return;
   const ReferenceList& list = listOf(owner, property);
   const std::size_t total = list.size + targets.size();
-  if (isSimple(property) && (total <= kShortList || list.size == 0)) {
-    return appendAtOnce(owner, property, targets);
+  if (isSimple(property) && (total <= kShortList || list.size == 0) &&
+      appendAtOnce(owner, property, targets)) {
+    return model.publishIfOutermost();
   }
   ModelImpl::Scope scope(model);
   links::reserveSlots(owner, property, total);
   for (ElementImpl* target : targets) insert(owner, property, kEnd, target);
   scope.done();
+}
+
+namespace {
+
+/// A new element of which nobody has been told, its plain list filled at once; null, and nothing
+/// done, where that does not go.
+ElementImpl* createAtOnce(ModelImpl& model, const ClassInfo& info, const PropertyInfo& property,
+                          std::span<ElementImpl* const> targets) {
+  if (!isSimple(property)) return nullptr;
+  ElementImpl* const element = model.createElement(info, {});
+  try {
+    if (putAtEnd(*element, property, targets)) return element;
+  } catch (...) {
+    model.uncreate(*element);
+    throw;
+  }
+  model.uncreate(*element);
+  return nullptr;
+}
+
+}  // namespace
+
+ModelElement create(ModelImpl& model, const ClassInfo& info, const PropertyInfo& property,
+                    std::span<ElementImpl* const> targets) {
+  if (ElementImpl* const element = createAtOnce(model, info, property, targets)) {
+    ModelElement created(element);
+    model.publishIfOutermost();
+    return created;
+  }
+  ModelImpl::Scope scope(model);
+  ModelElement created(model.createElement(info, {}));
+  append(*created.impl(), property, targets);
+  scope.done();
+  return created;
 }
 
 void move(ElementImpl& owner, const PropertyInfo& property, std::uint32_t from,

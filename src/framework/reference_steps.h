@@ -44,6 +44,13 @@ void unlink(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posi
 /// Makes the opposite end of a new reference; frees it first where it holds just one.
 void linkOpposite(ElementImpl& owner, const PropertyInfo& property, ElementImpl& target);
 
+/// Whether nothing speaks against a plain reference but that it may be held already.
+inline bool isWelcome(const ModelImpl& model, const PropertyInfo& property,
+                      const ElementImpl* target) {
+  if (!target || !Raw::isPlain(*target)) return false;
+  const Chunk& chunk = *Chunk::of(target);
+  return chunk.model == &model && chunk.info->isA(*property.target);
+}
 /// `check`, and loads a proxy that must not be held as one or whose own end changes too.
 void admit(const ElementImpl& owner, const PropertyInfo& property, const ElementImpl* target);
 /// Closes the gaps of a list that is half of gaps, if the model is idle.

@@ -24,6 +24,11 @@ void UndoLog::noteCreated(ElementId element, std::uint32_t cellUnits, std::size_
   indexed_ = false;
 }
 
+void UndoLog::dropCreated() {
+  if (--records.back().count == 0) records.pop_back();
+  shrunk();
+}
+
 void UndoLog::noteInsert(ElementId element, std::uint16_t property, std::uint32_t position,
                          UndoKind kind, std::size_t mark) {
   if (hasSet(kind, element, property, mark) &&

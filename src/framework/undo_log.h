@@ -133,6 +133,8 @@ class UndoLog {
   }
   /// Notes a creation; runs of neighbouring cells become one record.
   void noteCreated(ElementId element, std::uint32_t cellUnits, std::size_t mark);
+  /// Forgets the newest creation, which is what was noted last.
+  void dropCreated();
   /// Notes a slot or value put in; runs become one record.
   void noteInsert(ElementId element, std::uint16_t property, std::uint32_t position, UndoKind kind,
                   std::size_t mark);

@@ -81,6 +81,49 @@ TEST_F(ReferenceCollectionTest, AnElementIsHeldOnceHoweverLongTheLists) {
       [&] { sunny->getShadowsMutable().append(Elements{all[0], all[0]}); });
 }
 
+TEST_F(ReferenceCollectionTest, ANewElementRefersToAllFromTheStartOrIsNotMade) {
+  const PropertyInfo& shadows = *Bed::classInfo().findByName(u"Shadows");
+  const auto all = plants(40);
+  std::vector<ElementImpl*> good;
+  for (const Plant& each : all) good.push_back(each.impl());
+  const auto refuseAll = [&] {
+    const auto refused = [&]<class M>(M*, ElementImpl* bad) {
+      auto targets = good;
+      targets.insert(targets.begin() + 30, bad);
+      const Picture before = pictureOf(model);
+      expectRaises<M>([&] { Bed::createReferring(model, shadows, targets); });
+      EXPECT_EQ(differences(before, pictureOf(model)), "");
+      EXPECT_EQ(inconsistencies(model), "");
+    };
+    const Model another = Model::create();
+    refused(static_cast<messages::CannotAddNonExistentObject*>(nullptr), nullptr);
+    refused(static_cast<messages::CannotAddIncompatibleTypes*>(nullptr), record().impl());
+    refused(static_cast<messages::CannotCreateCrossModelAssociation*>(nullptr),
+            Plant::create(another).impl());
+    refused(static_cast<messages::CannotAddSecondObject*>(nullptr), good[0]);
+  };
+  std::vector<std::size_t> told;
+  const auto subscription =
+      model->observe([&](const ChangeSet& changes) { told.push_back(changes.size()); });
+  const Bed first = Bed::createReferring(model, shadows, good);
+  EXPECT_EQ(told, std::vector<std::size_t>{1});
+  EXPECT_EQ(first.shadows().toContainer(), std::vector<Spot>(all.begin(), all.end()));
+  refuseAll();
+  const Picture before = pictureOf(model);
+  {
+    const Transaction undone = model->beginTransaction();
+    const Bed second = Bed::createReferring(model, shadows, good);
+    refuseAll();
+    const Bed third = Bed::createReferring(model, shadows, {});
+    third->getShadowsMutable().append(good);
+    EXPECT_EQ(inconsistencies(model), "");
+  }
+  EXPECT_EQ(differences(before, pictureOf(model)), "");
+  expectRefused<messages::NoSuchProperty>([&] { Plant::createReferring(model, shadows, good); });
+  expectRefused<messages::CannotCastIncompatibleTypes>(
+      [&] { Bed::createReferring(model, *Bed::classInfo().findByName(u"Label"), good); });
+}
+
 TEST_F(ReferenceCollectionTest, PlacesPastTheEndAndAbsentElementsAreRefused) {
   const Bed sunny = bed();
   const auto all = plants(3);
