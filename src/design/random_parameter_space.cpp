@@ -37,17 +37,19 @@ std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
   iterations.reserve(runs);
   const mf::zero::Model model = getModel();
   std::vector<RandomParameter> parameters;
+  std::vector<ParameterSample> samples;
+  std::vector<mf::zero::ElementImpl*> drawn;
   for (std::size_t i = 0; i < runs; ++i) {
     Iteration iteration = Iteration::create(model);
-    auto samples = iteration->getParameterSamplesMutable();
     // Asked anew for every run: what draws is foreign code and may change them.
     parameters.clear();
     for (const RandomParameter& parameter : getParameters()) parameters.push_back(parameter);
+    samples.clear();
+    drawn.clear();
     for (const RandomParameter& parameter : parameters) {
-      const ParameterSample sample = draw(model, parameter);
-      mf::zero::ElementImpl* const drawn[] = {sample.impl()};
-      samples.append(drawn);
+      drawn.push_back(samples.emplace_back(draw(model, parameter)).impl());
     }
+    iteration->getParameterSamplesMutable().append(drawn);
     iterations.push_back(std::move(iteration));
   }
   return iterations;

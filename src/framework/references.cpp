@@ -99,10 +99,11 @@ std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& 
 void set(ElementImpl& owner, const PropertyInfo& property, ElementImpl* target) {
   ModelImpl& model = owner.model();
   model.checkWritable();
-  if (target) admit(owner, property, target);
+  const bool simple = isSimple(property);
+  if (target && !(simple && isWelcome(model, property, target))) admit(owner, property, target);
   ElementImpl* const old = singleOf(owner, property);
   if (old == target) return;
-  if (isSimple(property)) {
+  if (simple) {
     putSingle(owner, property, target);
     return model.publishIfOutermost();
   }
