@@ -7,7 +7,7 @@
     figures.save("pictures")
 
 Each figure is a `kxsim.design.Figure` of a view and a properties object, elements of the model as
-all others; drawing reads them. Drawing needs Matplotlib, nothing else here does.
+all others; drawing reads them. Matplotlib is needed to draw and to know the names of color maps.
 """
 
 from __future__ import annotations

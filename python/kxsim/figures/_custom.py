@@ -6,9 +6,8 @@ import importlib
 from collections.abc import Callable
 from typing import TYPE_CHECKING, Any
 
-import numpy
-
 from kxsim.design import internal
+from kxsim.figures._data import numbers_in
 from kxsim.figures._errors import FigureError, nearest
 from kxsim.figures._links import identity_in
 from kxsim.figures._runs import Runs
@@ -36,15 +35,14 @@ class Plot:
         return self._runs.names()
 
     def column(self, name: str, type: str = "Default") -> Any:
-        """A cell for each run: an array of numbers (NaN where there is none), otherwise a list.
+        """A cell for each run: an array of numbers, with NaN in runs without, if all are numbers.
 
+        Of anything else, texts, truth values or traces, a list with None in runs without.
         FigureError for an unknown name.
         """
-        cells = list(self._runs.cells(name, type))
-        try:
-            return numpy.array([numpy.nan if cell is None else cell for cell in cells], dtype=float)
-        except (TypeError, ValueError):
-            return cells
+        cells = self._runs.cells(name, type)
+        numbers = numbers_in(cells)
+        return list(cells) if numbers is None else numbers
 
 
 Drawn = str | Callable[[Plot], object]

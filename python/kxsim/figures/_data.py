@@ -129,9 +129,10 @@ def _with_shared_categories(axis: Axis, values: list[Values]) -> list[Values]:
     if len(texts) < len(values):
         raise FigureError("TextsAndNumbers", axis=axis.letter)
     together = list(dict.fromkeys(text for each in texts for text in each))
+    place_of = {text: place for place, text in enumerate(together)}
 
     def moved(each: Values, categories: Sequence[str]) -> Values:
-        places = numpy.array([*map(together.index, categories), numpy.nan])
+        places = numpy.array([*(place_of[text] for text in categories), numpy.nan])
         codes = numpy.where(numpy.isnan(each.numbers), -1, each.numbers).astype(int)
         return Values(each.label, places[codes], together)
 
@@ -177,11 +178,18 @@ def _is_text(cell: Any) -> bool:
     return isinstance(cell, str | bool | numpy.bool_)
 
 
+def numbers_in(cells: Sequence[Any]) -> Any:
+    """An array with NaN where there is none; None unless all others are single numbers."""
+    is_number = all(c is None or (isinstance(c, Real) and not _is_text(c)) for c in cells)
+    return numpy.array(cells, dtype=float) if is_number else None
+
+
 def _reduced(name: str, label: str, cells: Sequence[Any], reduce: str) -> Values:
     if any(map(_is_text, cells)):
         return _categories(name, label, cells)
-    if all(cell is None or isinstance(cell, Real) for cell in cells):
-        return Values(label, numpy.array(cells, dtype=float))
+    numbers = numbers_in(cells)
+    if numbers is not None:
+        return Values(label, numbers)
     rows = [_row(name, run, cell) for run, cell in enumerate(cells, 1)]
     if reduce == "Trace" and any(map(_is_row, cells)):
         return Values(label, None, traces=rows)
@@ -206,14 +214,17 @@ def _row(name: str, run: int, cell: Any) -> Any:
     return row.ravel().astype(float)
 
 
+def _last_in_words(row: Any) -> str | None:
+    """In so many digits that different numbers stay apart; None without one."""
+    return f"{row[-1]:.15g}" if row.size and not numpy.isnan(row[-1]) else None
+
+
 def _categories(name: str, label: str, cells: Sequence[Any]) -> Values:
     """Texts stand side by side, in the order in which they first occur; numbers among them too."""
     places: dict[str, int] = {}
     numbers = numpy.full(len(cells), numpy.nan)
     for k, cell in enumerate(cells):
-        if cell is None:
-            continue
-        if not _is_text(cell):
-            cell = f"{_row(name, k + 1, cell)[-1]:g}"
-        numbers[k] = places.setdefault(str(cell), len(places))
+        text = str(cell) if _is_text(cell) else _last_in_words(_row(name, k + 1, cell))
+        if text is not None:
+            numbers[k] = places.setdefault(text, len(places))
     return Values(label, numbers, categories=list(places))

@@ -93,7 +93,7 @@ class Figures:
         """
         with self.model.transaction():
             entry = self._plots.find(plot) if isinstance(plot, str) else self.register(plot)
-            name = plot if isinstance(plot, str) else entry.PlotClass
+            name = plot if isinstance(plot, str) else entry.identity()
             values = {"PlotConfigId": name, "PlotInput": input, **values}
             return self._make("CustomPlot", {}, values)
 
