@@ -65,6 +65,8 @@ class Links:
         return None if is_shared else found
 
     def _known(self, figure: Any) -> Any:
+        if figure.Type is None:
+            return None
         of_class = class_for(figure)
         for identity in (self._made.get(figure.identity()), identity_in(figure.Id)):
             found = self._model.findElement(identity) if identity else None
@@ -74,7 +76,7 @@ class Links:
 
     def _pair(self, of_class: Any) -> None:
         everything = self._model.elements(design.Figure)
-        figures = [each for each in everything if class_for(each) is of_class]
+        figures = [each for each in everything if each.Type and class_for(each) is of_class]
         known = {each: self._known(each) for each in figures}
         taken = set(known.values())
         free = [each for each in self._model.elements(of_class) if each not in taken]

@@ -47,7 +47,7 @@ def make(
         own.setdefault("Id", properties.identity())
         check_id(view, own["Id"])
         figure = view.createIntoFigures(Type=kind, **own)
-        _check(kind, axes, properties, runs)
+        _check(kind, axes, properties, runs, view.DataSources)
         if "ColorMap" in more:
             check_color_map(more["ColorMap"])
     return figure, properties
@@ -83,12 +83,14 @@ def owner_of(name: str, *classes: Any) -> Any:
     raise FigureError("UnknownProperty", figure=kind, name=name, nearest=nearest(name, known))
 
 
-def _check(kind: str, plotted: Iterable[str], properties: Any, runs: Runs) -> None:
+def _check(
+    kind: str, plotted: Iterable[str], properties: Any, runs: Runs, shared: Iterable[Any]
+) -> None:
     """FigureError for limits that are none and for what no axis can show."""
     for letter in _letters(type(properties)):
         _ = Axis(properties, letter).limits
     for letter in plotted:
-        values_of(Axis(properties, letter), runs, kind)
+        values_of(Axis(properties, letter), runs, kind, shared)
 
 
 def _letters(of_class: Any) -> list[str]:
