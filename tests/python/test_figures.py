@@ -69,6 +69,13 @@ def one(cells, output=None):
     return study.run(lambda run: {"y": output}, executor="serial", progress=False)
 
 
+def of_outputs(cells):
+    """Results with these values of the output y, as many runs."""
+    rest = iter(cells)
+    study = values("a", range(len(cells)))
+    return study.run(lambda run: {"y": next(rest)}, executor="serial", progress=False)
+
+
 def test_a_scatter_plot_shows_the_finished_runs_and_says_how_many_it_leaves_out(figures):
     figures.scatter(x="a", y="sum", Title="Sums", YLabel="a + b")
     picture = figures.draw()
@@ -172,6 +179,14 @@ def test_many_texts_have_names_beside_some():
     assert len(labels) <= 20 and all(len(label.get_text()) <= 24 for label in labels)
 
 
+def test_numbers_among_texts_stay_apart_and_what_is_missing_is_left_out():
+    figures = Figures(of_outputs(["off", 1000000.0, 1000001.0, float("nan"), [], None, "off"]))
+    figures.scatter(x="a", y="y")
+    axes = axes_of(figures)
+    assert [text.get_text() for text in axes.get_yticklabels()] == ["off", "1000000", "1000001"]
+    assert points(axes) == [[0, 0], [1, 1], [2, 2], [6, 0]]
+
+
 def test_texts_of_two_sources_share_one_axis():
     study = grid(zipped(u=["low", "mid"], v=["mid", "high"]))
     figures = Figures(study.run(lambda run: {"y": 1}, executor="serial", progress=False))
@@ -193,6 +208,13 @@ def test_a_histogram_counts_runs_and_of_traces_values(figures):
     assert [text.get_text() for text in axes.get_legend().get_texts()] == ["sum", "a"]
 
 
+@pytest.mark.parametrize("cells", [[0.1, 0.1 + 2e-17], [1e17, 1e17, 1e17 + 16], [3.0], [0, 0]])
+def test_values_that_differ_by_rounding_stand_in_one_bar(cells):
+    figures = Figures(of_outputs(cells))
+    figures.histogram("y")
+    assert heights(axes_of(figures)) == [len(cells)]
+
+
 def test_a_surface_stands_on_its_grid_but_for_the_corner_where_a_run_failed(figures):
     figures.surface(x="a", y="b", z="sum", ZLabel="height", Title="Sums")
     picture = figures.draw()
@@ -212,6 +234,21 @@ def test_a_surface_of_scattered_points_is_triangles():
     assert len(layer(axes_of(figures), "surface").get_array()) >= 3
     figures.surface(x="x", y="run", z="y", ColorMap="cividis")
     assert layer(axes_of(figures), "surface").get_cmap().name == "cividis"
+
+
+def test_the_triangles_of_a_surface_are_the_same_in_any_units():
+    def heights_in(unit):
+        places = [(0, 0), (4, 1), (1, 3), (5, 5), (2, 7), (3, 2)]
+        study = grid([{"x": 5 + x * unit, "y": y / unit} for x, y in places])
+        numbers = {x: z for z, (x, _) in enumerate(places)}
+        results = study.run(
+            lambda run: numbers[round((run["x"] - 5) / unit)], executor="serial", progress=False
+        )
+        figures = Figures(results)
+        figures.surface()
+        return sorted(layer(axes_of(figures), "surface").get_array())
+
+    assert heights_in(1e-12) == heights_in(1.0) == heights_in(1e6)
 
 
 def test_runs_that_share_a_point_of_a_surface_are_averaged_and_it_says_so():
@@ -276,6 +313,10 @@ def test_an_id_picks_among_the_sources_of_axis_and_view(figures):
     for name, second in [("b", 10), ("the gain", 10), ("run", 1)]:
         spec.Id = name
         assert points(axes_of(figures))[0] == [1, second]
+    figures.view.createIntoDataSources(value="sum", label="of the view")
+    figures.scatter(x="a", y="b", YData={"Id": "of the view"})
+    assert points(axes_of(figures))[0] == [1, 11]
+    figures.current = figure
     spec.Id = "the gian"
     with pytest.raises(FigureError, match="did you mean 'the gain'"):
         figures.draw()
@@ -300,9 +341,13 @@ def test_a_view_built_element_by_element_is_drawn(results):
     assert axes_of(figures, first).get_title("left") == "second"
     assert axes_of(figures, second).get_title("left") == "third"
     fourth = view.createIntoFigures(Id="four")
+    kindless = view.createIntoFigures(Id="kindless", Type=[])
     assert axes_of(figures, "four").get_title("left") == "first"
     figures.delete(fourth)
     assert not made[0].is_valid and made[1].is_valid
+    with pytest.raises(FigureError, match="no kind of figure None"):
+        figures.draw(kindless)
+    figures.delete(kindless)
     second.Id = first.Id
     with pytest.raises(FigureError, match="more than one figure with the Id 'one'"):
         figures.draw("one")
@@ -318,6 +363,7 @@ def spread(plot):
     axes = plot.figure.add_subplot()
     axes.plot(plot.column("a")[plot.shown], plot.column("sum")[plot.shown], gid=plot.input)
     axes.set_title(",".join(plot.column("size")[:2]) + str(plot.selected.sum()))
+    assert plot.column("trace")[0] == [1, 5, 1] and plot.column("trace")[-1] is None
 
 
 def test_custom_plots_are_drawn_by_functions_and_by_names(figures):
@@ -332,6 +378,10 @@ def test_custom_plots_are_drawn_by_functions_and_by_names(figures):
     assert (entry.GalleryLabel, entry.owner().PlotConfigs[1]) == ("By name", entry)
     figures.custom(entry.identity())
     assert isinstance(figures.draw(), type(picture))
+    again = figures.register("builtins:repr", label="By another name")
+    assert again != entry
+    figures.register(spread, label="Once more")
+    figures.draw(figures.custom(spread))
     titled = [lambda plot: plot.figure.suptitle("one"), lambda plot: plot.figure.suptitle("two")]
     made = [figures.custom(each) for each in titled]
     assert [figures.draw(each).get_suptitle() for each in made] == ["one", "two"]

@@ -59,8 +59,15 @@ def _pooled(values: Values, chosen: Any) -> Any:
 
 
 def _edges(values: Sequence[Values], pooled: Any) -> Any:
-    """Of the bins: twice the cube root of the count (Rice's rule), or one for each text."""
+    """Of the bins: twice the cube root of the count (Rice's rule), or one for each text.
+
+    Values that are equal, or too close for numbers to lie between them, have one bin.
+    """
     if values[0].categories:
         return numpy.arange(len(values[0].categories) + 1) - 0.5
-    count = int(numpy.ceil(2 * len(pooled) ** (1 / 3)))
-    return numpy.histogram_bin_edges(pooled, min(count, MOST_BINS))
+    count = min(int(numpy.ceil(2 * len(pooled) ** (1 / 3))), MOST_BINS)
+    resolution = 2 * numpy.spacing(numpy.abs(pooled).max())
+    if numpy.ptp(pooled) < count * resolution:
+        margin = max(0.5, resolution)
+        return numpy.array([pooled.min() - margin, pooled.max() + margin])
+    return numpy.histogram_bin_edges(pooled, count)

@@ -8,6 +8,7 @@ from typing import Any
 
 import numpy
 from matplotlib.ticker import AutoLocator, MaxNLocator
+from matplotlib.tri import Triangulation
 
 from kxsim.figures._axes import add_color_bar, color_scale, set_up
 from kxsim.figures._data import Axis, Values
@@ -29,12 +30,13 @@ def surface(sheet: Any, shared: Sequence[Any]) -> None:
         sheet.notes.append(f"mean of up to {most:,} values at a point")
     axes = sheet.picture.add_subplot(projection="3d")
     scale = color_scale(sheet, z, Values("", merged[2]), slice(None))
-    is_selection = bool(sheet.selected[runs].any())
+    chosen = sheet.selected[runs]
+    is_selection = bool(chosen.any())
     look = {"cmap": scale.map, "norm": scale.norm, "alpha": 0.45 if is_selection else 1.0}
     _add_surface(axes, merged, look | {"gid": "surface"})
     if is_selection:
         has_traces = any(each.traces is not None for each in columns)
-        _add_selected(axes, [points[:, runs == k] for k in _selected(sheet, runs)], has_traces)
+        _add_selected(axes, points[:, chosen], runs[chosen], has_traces)
     for axis, values in zip((x, y, z), columns, strict=True):
         set_up(axes, axis, [values])
     _dress(axes)
@@ -42,21 +44,16 @@ def surface(sheet: Any, shared: Sequence[Any]) -> None:
         add_color_bar(sheet, axes, z, columns[2], scale)
 
 
-def _selected(sheet: Any, runs: Any) -> Any:
-    """The places of the selected runs that have points."""
-    return numpy.unique(runs[sheet.selected[runs]])
-
-
-def _add_selected(axes: Any, parts: Sequence[Any], has_traces: bool) -> None:
+def _add_selected(axes: Any, points: Any, runs: Any, has_traces: bool) -> None:
     """Before the surface: a line for each trace, a dot for each single value."""
     axes.computed_zorder = False
     common = {"zorder": 10, "gid": "selected", "axlim_clip": True}
     if has_traces:
-        for part in parts:
+        for part in numpy.split(points, numpy.flatnonzero(numpy.diff(runs)) + 1, axis=1):
             axes.plot(*part, color="black", linewidth=1.6, **common)
     else:
         dots = {"c": "black", "edgecolors": "white", "s": 45, "depthshade": False}
-        axes.scatter(*numpy.concatenate(parts, axis=1), **dots, **common)
+        axes.scatter(*points, **dots, **common)
 
 
 def _only(axis: Axis, values: list[Values]) -> Values:
@@ -69,9 +66,12 @@ def _points(sheet: Any, columns: Sequence[Values]) -> tuple[Any, Any]:
     """x, y and z of each point, and which run each is of. Single values go along with traces."""
     present = sheet.show(numpy.logical_and.reduce([each.present for each in columns]))
     places = numpy.flatnonzero(present)
-    parts = [_points_of(k, columns) for k in places.tolist()]
-    points = numpy.concatenate([numpy.empty((3, 0)), *parts], axis=1)
-    runs = numpy.repeat(places, [part.shape[1] for part in parts])
+    if all(each.traces is None for each in columns):
+        points, runs = numpy.array([each.numbers[places] for each in columns]), places
+    else:
+        parts = [_points_of(k, columns) for k in places.tolist()]
+        points = numpy.concatenate([numpy.empty((3, 0)), *parts], axis=1)
+        runs = numpy.repeat(places, [part.shape[1] for part in parts])
     finite = numpy.isfinite(points).all(axis=0)
     if not finite.any():
         raise FigureError("NothingToShow")
@@ -105,7 +105,8 @@ def _add_surface(axes: Any, points: Any, look: dict[str, Any]) -> None:
     lines = {"edgecolor": "white", "linewidth": 0.25} if has_lines else {"antialiased": False}
     look = look | lines
     (xs, across), (ys, along) = (numpy.unique(each, return_inverse=True) for each in (x, y))
-    if not _spans_a_plane(points[:2]):
+    scaled = _scaled(points[:2])
+    if len(z) < 3 or numpy.linalg.matrix_rank(scaled, tol=1e-9) < 2:
         raise FigureError("NotASurface", count=len(z))
     if len(z) >= LEAST_OF_GRID * len(xs) * len(ys):
         heights = numpy.full((len(ys), len(xs)), numpy.nan)
@@ -113,15 +114,14 @@ def _add_surface(axes: Any, points: Any, look: dict[str, Any]) -> None:
         grid = (*numpy.meshgrid(xs, ys), heights)
         axes.plot_surface(*grid, rcount=200, ccount=200, **look, axlim_clip=True)
     else:
-        axes.plot_trisurf(x, y, z, **look, axlim_clip=True)
+        triangles = Triangulation(*scaled).triangles
+        axes.plot_trisurf(x, y, z, triangles=triangles, **look, axlim_clip=True)
 
 
-def _spans_a_plane(places: Any) -> bool:
-    if places.shape[1] < 3:
-        return False
+def _scaled(places: Any) -> Any:
+    """From -1 to 1 along each axis, about as they are seen: neighbours do not depend on units."""
     spread = places - places.mean(axis=1, keepdims=True)
-    largest = numpy.abs(spread).max(axis=1, keepdims=True)
-    return bool(numpy.linalg.matrix_rank(spread / numpy.maximum(largest, 1e-300), tol=1e-9) == 2)
+    return spread / numpy.maximum(numpy.abs(spread).max(axis=1, keepdims=True), 1e-300)
 
 
 def _dress(axes: Any) -> None:
