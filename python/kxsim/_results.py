@@ -66,13 +66,16 @@ class Results:
         """By name: "run" from 1, the inputs, "state", the outputs, and "error" if there was one.
 
         Columns of numbers are NumPy arrays, with NaN in runs without; all others lists, with None.
-        An output named as another column is followed by " (output)".
+        A name that another column has is followed by " (input)" or " (output)"; "run", "state" and
+        "error" are never those of an input or an output.
         """
-        columns: dict[str, Any] = {"run": list(range(1, len(self) + 1)), **self.inputs}
+        columns: dict[str, Any] = {"run": list(range(1, len(self) + 1))}
+        for name, column in self.inputs.items():
+            columns[_free(name, "input", columns)] = column
         columns["state"] = list(self.states)
         for name in dict.fromkeys(name for each in self.outputs if each for name in each):
             column = [each.get(name) if each else None for each in self.outputs]
-            columns[f"{name} (output)" if name in columns else name] = column
+            columns[_free(name, "output", columns)] = column
         if self.errors:
             columns["error"] = [self.errors.get(k) for k in range(len(self))]
         return {name: _as_numbers(column) for name, column in columns.items()}
@@ -111,6 +114,12 @@ class Results:
             writer.writerows(
                 [_word(value) for value in row] for row in zip(*columns.values(), strict=True)
             )
+
+
+def _free(name: str, kind: str, taken: Mapping[str, Any]) -> str:
+    while name in taken or name in ("run", "state", "error"):
+        name = f"{name} ({kind})"
+    return name
 
 
 def _as_numbers(column: Any) -> Any:

@@ -73,15 +73,15 @@ def run(
     """
     from kinetra.simmanager import mm
 
-    inputs = study.columns()
-    total = len(study)
+    if any(each is not None and each < 1 for each in (workers, chunk)):
+        raise ValueError("workers and chunk are positive integers")
+    _check(function, executor)
     if executor == "serial":
         workers = 1
     workers = workers or getattr(executor, "_max_workers", None) or os.cpu_count() or 1
-    if workers < 1 or (chunk is not None and chunk < 1):
-        raise ValueError("workers and chunk are positive integers")
+    inputs = study.columns()
+    total = len(study)
     chunk = chunk or max(1, min(64, total // (workers * 16)))
-    _check_function(function, executor)
     job = job or mm.Job(study.model)
     job.StartTime, job.NumWorkers = time.time(), workers
     results = Results(job, inputs, total)
@@ -94,7 +94,8 @@ def run(
                 bar.update(len(outcomes))
     except KeyboardInterrupt:
         results.interrupted = True
-    job.FinishTime = time.time()
+    finally:
+        job.FinishTime = time.time()
     return results
 
 
@@ -140,7 +141,19 @@ class _Serial(Executor):
         return future
 
 
-def _check_function(function: Callable, executor: str | Executor) -> None:
+# By the names that callers give them, for so many workers.
+POOLS: dict[Any, Callable[[int], Executor]] = {
+    "processes": lambda workers: ProcessPoolExecutor(
+        workers, initializer=_leave_interrupts_to_the_parent
+    ),
+    "threads": ThreadPoolExecutor,
+    "serial": lambda workers: _Serial(),
+}
+
+
+def _check(function: Callable, executor: str | Executor) -> None:
+    if not isinstance(executor, Executor) and executor not in POOLS:
+        raise ValueError(f"no such executor: {executor!r}; {', '.join(POOLS)} or an Executor")
     if not callable(function):
         raise TypeError(f"a run is carried out by a callable, not by {function!r}")
     if executor != "processes":
@@ -154,23 +167,13 @@ def _check_function(function: Callable, executor: str | Executor) -> None:
         ) from error
 
 
-def _pool(kind: str | Executor, workers: int) -> Executor:
-    if kind == "processes":
-        return ProcessPoolExecutor(workers, initializer=_leave_interrupts_to_the_parent)
-    if kind == "threads":
-        return ThreadPoolExecutor(workers)
-    if kind == "serial":
-        return _Serial()
-    raise ValueError(f"no such executor: {kind!r}; processes, threads, serial or an Executor")
-
-
 @contextmanager
 def _executor(kind: str | Executor, workers: int) -> Iterator[Executor]:
     """The caller's, left open, or one of our own, ended with what it is doing when interrupted."""
     if isinstance(kind, Executor):
         yield kind
         return
-    pool = _pool(kind, workers)
+    pool = POOLS[kind](workers)
     try:
         yield pool
     except BaseException:

@@ -13,7 +13,7 @@ import kxsim
 import numpy as np
 import pandas
 import pytest
-from kxsim.study import grid, values
+from kxsim.study import grid, values, zipped
 
 
 def area(run):
@@ -116,6 +116,18 @@ def test_ctrl_c_ends_workers_at_once():
     assert "interrupted" in out and "not run" in out
 
 
+def test_names_that_are_taken_are_told_apart():
+    study = grid(zipped(run=[5, 6], state=["x", "y"], error=[1, 0]))
+    results = study.run(
+        lambda run: {"run": 1 / run["error"], "error": 2, "state (input)": 3}, executor="serial"
+    )
+    columns = results.columns()
+    assert columns["run"].tolist() == [1, 2] and columns["run (input)"].tolist() == [5, 6]
+    assert columns["state"] == ["finished", "failed"] and columns["state (input)"] == ["x", "y"]
+    assert columns["state (input) (output)"][0] == 3 and columns["run (output)"][0] == 1
+    assert "ZeroDivisionError" in columns["error"][1] and columns["error (output)"][0] == 2
+
+
 def test_results_are_written_in_full(tmp_path):
     results = grid(a=[1, 0], b=[0.1]).run(
         lambda run: {"a": 1 / run["a"], "list": [1, {"x": 2}]}, executor="threads"
@@ -148,11 +160,15 @@ MISTAKES = [
     (lambda s: kxsim.run(s, lambda run: 1), TypeError, "executor='threads'"),
     (lambda s: kxsim.run(s, area, executor="cluster"), ValueError, "no such executor"),
     (lambda s: kxsim.run(s, area, workers=-1), ValueError, "positive"),
+    (lambda s: kxsim.run(s, area, workers=0), ValueError, "positive"),
     (lambda s: kxsim.run(s, area, chunk=0), ValueError, "positive"),
 ]
 
 
 @pytest.mark.parametrize(("mistake", "error", "word"), MISTAKES)
 def test_each_mistake_has_its_error(mistake, error, word):
+    study = values("a", [1]).build()
+    before = len(study.model)
     with pytest.raises(error, match=word):
-        mistake(values("a", [1]))
+        mistake(study)
+    assert len(study.model) == before
