@@ -17,6 +17,7 @@ def cell(value: Any) -> str:
     """A value in a few letters, none for None; a collection by how much it holds."""
     if value is None:
         return ""
+    value = value.item() if getattr(value, "ndim", None) == 0 else value
     if hasattr(value, "toArray") and hasattr(value, "__len__"):
         word = f"{len(value):,} {'item' if len(value) == 1 else 'items'}"
     elif isinstance(value, float):

@@ -4,6 +4,7 @@ import inspect
 from html.parser import HTMLParser
 
 import kxsim
+import numpy as np
 from kinetra.simmanager import mm
 from kxsim import design
 from kxsim.design.internal import command
@@ -83,15 +84,18 @@ def test_runs_show_their_values(model):
 
 def test_results_show_inputs_states_outputs_and_errors():
     def simulate(run):
-        return {"cost": 1 / run["gain"]}
+        return {"cost": 1 / run["gain"], "peak": np.float32(0.5)}
 
     study = grid(gain=list(range(30)))
     results = study.run(simulate, executor="serial", progress=False)
     table = shown(results)
-    assert table.rows[0] == ["", "gain", "state", "cost", "error"]
-    assert table.rows[1] == ["1", "0", "failed", "nan", "ZeroDivisionError: float division by zero"]
-    assert table.rows[3] == ["3", "2", "finished", "0.5", ""]
+    assert table.rows[0] == ["", "gain", "state", "cost", "peak", "error"]
+    told = "ZeroDivisionError: float division by zero"
+    assert table.rows[1] == ["1", "0", "failed", "nan", "nan", told]
+    assert table.rows[3] == ["3", "2", "finished", "0.5", "0.5", ""]
     assert "30 runs: 29 finished" in table.besides and table.besides.endswith("... 10 more")
+    counted = grid(gain=[1, 2]).run(lambda run: 3, executor="serial", progress=False)
+    assert shown(counted).rows[1] == ["1", "1", "finished", "3"]
 
 
 def test_signatures_have_the_properties_that_a_constructor_takes():
