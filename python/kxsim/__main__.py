@@ -5,7 +5,9 @@ from __future__ import annotations
 import argparse
 import csv
 import importlib
+import os
 import sys
+import traceback
 from collections import Counter
 from collections.abc import Sequence
 from pathlib import Path
@@ -44,7 +46,7 @@ def _load(file: str) -> Any:
     path = Path(file)
     if not path.is_file():
         raise Refused(f"there is no file {file}")
-    sys.path.insert(0, str(path.resolve().parent))
+    sys.path.insert(0, str(path.absolute().parent))
     if not path.stem.isidentifier() or path.stem in sys.modules:
         raise Refused(f"{path.name}: a study file's name is a Python name of its own")
     return importlib.import_module(path.stem)
@@ -56,12 +58,25 @@ def _defined(module: Any, name: str) -> Any:
     return getattr(module, name)
 
 
+def _check_output(path: Path) -> None:
+    """Before anything is computed that could not be kept; makes the folder."""
+    path.parent.mkdir(parents=True, exist_ok=True)
+    if path.is_dir() or not os.access(path if path.exists() else path.parent, os.W_OK):
+        raise Refused(f"{path} cannot be written")
+    if path.suffix == ".parquet":
+        importlib.import_module("pyarrow.parquet")
+
+
 def run(options: argparse.Namespace) -> int:
     module = _load(options.file)
-    study = _defined(module, "study")
+    study, simulate = _defined(module, "study"), _defined(module, "simulate")
+    make_figures = getattr(module, "figures", None)
+    if options.pictures:
+        make_figures = _defined(module, "figures")
+    _check_output(options.output)
     print(f"{len(study):,} runs", file=sys.stderr)
     results = study.run(
-        _defined(module, "simulate"),
+        simulate,
         executor=options.executor,
         workers=options.workers,
         chunk=options.chunk,
@@ -73,8 +88,8 @@ def run(options: argparse.Namespace) -> int:
     print(f"{results}\nwritten to {options.output}")
     for k in sorted(results.errors)[:3]:
         print(f"run {k + 1}: {results.errors[k].strip().splitlines()[-1]}")
-    if options.pictures or hasattr(module, "figures"):
-        _save_pictures(_defined(module, "figures"), results, options)
+    if make_figures is not None:
+        _save_pictures(make_figures, results, options)
     return 1 if results.errors or results.interrupted else 0
 
 
@@ -98,6 +113,7 @@ def explain(options: argparse.Namespace) -> int:
 def _rows(path: Path) -> list[dict[str, Any]]:
     if not path.is_file():
         raise Refused(f"there is no file {path}")
+    csv.field_size_limit(sys.maxsize)  # a trace is one cell
     if path.suffix == ".parquet":
         from pyarrow import parquet
 
@@ -162,12 +178,20 @@ def _parser() -> argparse.ArgumentParser:
     return parser
 
 
+def _told(error: Exception, options: argparse.Namespace) -> str:
+    """An error in words: where in the study file, what, and what was noted about it."""
+    file = str(Path(getattr(options, "file", "")).absolute())
+    lines = [f.lineno for f in traceback.extract_tb(error.__traceback__) if f.filename == file]
+    place = f"{options.file}, line {lines[-1]}: " if lines else ""
+    return "\n".join([f"kxsim: {place}{error}", *getattr(error, "__notes__", [])])
+
+
 def main(arguments: Sequence[str] | None = None) -> int:
     options = _parser().parse_args(arguments)
     try:
         return options.command(options)
     except (Refused, kxsim.HostError, ValueError, TypeError, ImportError, OSError) as error:
-        print(f"kxsim: {error}", file=sys.stderr)
+        print(_told(error, options), file=sys.stderr)
         return 2
 
 

@@ -38,11 +38,13 @@ def folder(tmp_path):
     (tmp_path / "forgetful.py").write_text(STUDY + "def figures(results): pass")
     (tmp_path / "empty_one.py").write_text("")
     (tmp_path / "faulty.py").write_text("from kxsim.study import grid\ngrid(a=3)")
+    (tmp_path / "noted.py").write_text(STUDY + "from kxsim.study import draws\nlen(draws(2, a=3))")
+    (tmp_path / "linked.py").symlink_to(tmp_path / "two_by_two.py")
     return tmp_path
 
 
 def test_explain_shows_counts_memory_and_first_runs(folder):
-    code, out, _ = kxsim(folder, "explain", "two_by_two.py", "-n", "1")
+    code, out, _ = kxsim(folder, "explain", "linked.py", "-n", "1")
     assert code == 0 and out.startswith("grid: 4 runs\n├─ zipped: 2 runs\n")
     assert "memory for the runs: about 0.0 MiB" in out
     assert out.endswith("run  a  b  c\n  1  1  x  5\n... 3 more\n")
@@ -74,15 +76,26 @@ def test_the_figures_of_a_study_are_saved(folder, options):
         (["run", "forgetful.py"], "returns kxsim.figures.Figures, not None"),
         (["run", "nowhere.py"], "no file nowhere.py"),
         (["run", "empty_one.py"], "does not define 'study'"),
-        (["explain", "faulty.py"], "'a' are a list"),
+        (["explain", "faulty.py"], "kxsim: faulty.py, line 2: the values of 'a' are a list"),
+        (["explain", "noted.py"], "It was given for 'a'."),
+        (["run", "two_by_two.py", "-o", "."], ". cannot be written"),
         (["show", "two_by_two.py"], "holds no results"),
         (["run", "two_by_two.py", "--workers", "-1"], "positive"),
         (["walk"], "invalid choice"),
     ],
 )
-def test_what_cannot_be_done_is_said_in_one_line(folder, arguments, word):
+def test_what_cannot_be_done_is_said_before_anything_is(folder, arguments, word):
     code, out, err = kxsim(folder, *arguments)
     assert code == 2 and word in err.splitlines()[-1] and "Traceback" not in err
+    assert (folder / "results.csv").exists() == ("forgetful.py" in arguments)
+
+
+def test_long_traces_are_written_into_a_new_folder_and_shown(folder):
+    (folder / "long.py").write_text(STUDY.replace('run["c"] / run["a"]', "[5.0] * 60_000"))
+    code, out, _ = kxsim(folder, "run", "long.py", "-o", "new/results.csv", "--workers", "2")
+    assert code == 0 and "4 finished" in out
+    code, out, _ = kxsim(folder, "show", "new/results.csv")
+    assert code == 0 and out.startswith("4 finished") and "[5.0, 5.0, 5.0, 5.0, ..." in out
 
 
 def test_the_tolerance_example_stays_within_its_bounds(tmp_path):
