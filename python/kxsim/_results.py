@@ -95,7 +95,7 @@ class Results:
         for name, column in columns.items():
             try:
                 columns[name] = pyarrow.array(column)
-            except (pyarrow.ArrowInvalid, pyarrow.ArrowTypeError, pyarrow.ArrowNotImplementedError):
+            except (pyarrow.ArrowException, OverflowError):
                 columns[name] = pyarrow.array([_text(value) for value in column])
         return pyarrow.table(columns)
 
@@ -141,4 +141,9 @@ def _text(value: Any) -> str | None:
 
 def _word(value: Any) -> Any:
     value = value.tolist() if hasattr(value, "tolist") else value
-    return json.dumps(value, default=str) if isinstance(value, list | tuple | dict) else value
+    if not isinstance(value, list | tuple | dict):
+        return value
+    try:
+        return json.dumps(value, default=str)
+    except TypeError:  # a key that JSON has not
+        return str(value)

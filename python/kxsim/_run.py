@@ -63,11 +63,12 @@ def run(
     The function gets a dict and returns a number, an array or a mapping of names to such. With
     `executor` "processes" it must be importable (defined in a module, no lambda); "threads",
     "serial" and any `concurrent.futures.Executor` are there besides. `chunk` runs are handed over
-    at a time, two chunks for each worker. `progress` shows a bar: by default on a terminal.
+    and come back at a time, two chunks for each worker: one run within this process, up to 64
+    elsewhere. `progress` shows a bar: by default on a terminal.
 
-    A run that raises is recorded with its error and the others go on; with `stop_on_error` no
-    further one is begun after the first (True) or once more than that share of all runs failed.
-    Ctrl-C ends the runs, and what has come so far is returned, with `interrupted` set.
+    A run that raises is recorded with its error and the others go on; with `stop_on_error` none is
+    handed over after the first that failed (True) or once more than that share of all runs did.
+    Ctrl-C ends the runs, and what has come back is returned, with `interrupted` set.
 
     Each run is recorded in the job as it ends: in `job`, or in a new one of the study's model.
     """
@@ -75,13 +76,17 @@ def run(
 
     if any(each is not None and each < 1 for each in (workers, chunk)):
         raise ValueError("workers and chunk are positive integers")
+    if not 0 <= stop_on_error <= 1:
+        raise ValueError("stop_on_error is true, false or a share of the runs, from 0 to 1")
     _check(function, executor)
     if executor == "serial":
         workers = 1
     workers = workers or getattr(executor, "_max_workers", None) or os.cpu_count() or 1
     inputs = study.columns()
     total = len(study)
-    chunk = chunk or max(1, min(64, total // (workers * 16)))
+    if chunk is None:
+        is_near = executor in ("threads", "serial") or stop_on_error is True
+        chunk = 1 if is_near else max(1, min(64, total // (workers * 16)))
     job = job or mm.Job(study.model)
     job.StartTime, job.NumWorkers = time.time(), workers
     results = Results(job, inputs, total)

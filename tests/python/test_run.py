@@ -65,10 +65,10 @@ def test_a_failing_run_keeps_its_error_and_the_others_go_on():
     assert repr(results) == "<results of 3 runs: 2 finished, 1 failed, 0 not run>"
 
 
-@pytest.mark.parametrize(("limit", "begun"), [(True, 1), (0.25, 3), (1.0, 8), (False, 8)])
+@pytest.mark.parametrize(("limit", "begun"), [(True, 1), (0.25, 21), (1.0, 80), (False, 80)])
 def test_it_stops_when_enough_have_failed(limit, begun):
-    results = values("a", [0] * 8).run(reciprocal, executor="serial", stop_on_error=limit, chunk=1)
-    assert 8 - results.states.count("not run") == begun == len(results.job.SimulationRuns)
+    results = values("a", [0] * 80).run(reciprocal, executor="serial", stop_on_error=limit)
+    assert 80 - results.states.count("not run") == begun == len(results.job.SimulationRuns)
 
 
 def test_a_worker_that_dies_fails_its_runs_and_nothing_hangs():
@@ -82,8 +82,8 @@ def test_an_interrupt_leaves_what_has_come():
             raise KeyboardInterrupt
         return run["a"]
 
-    results = values("a", range(6)).run(interrupting, executor="serial", chunk=1)
-    assert results.interrupted and results.states == ["finished"] * 3 + ["not run"] * 3
+    results = values("a", range(60)).run(interrupting, executor="serial")
+    assert results.interrupted and results.states == ["finished"] * 3 + ["not run"] * 57
     assert len(results.job.SimulationRuns) == 3 and "interrupted" in repr(results)
 
 
@@ -142,7 +142,8 @@ def test_results_are_written_in_full(tmp_path):
 
 def test_results_are_tables_elsewhere(tmp_path):
     def simulate(run):
-        return {"y": run["a"], "trace": np.arange(run["a"]), "mixed": {"k": 1} if run["a"] else 3}
+        odd = {"mixed": {"k": 1} if run["a"] else 3, "key": {(1, 2): 3}, "huge": 2**70}
+        return {"y": run["a"], "trace": np.arange(run["a"]), **odd}
 
     frame = pandas.DataFrame({"a": [0, 1], "b": ["u", "v"]})
     study = grid(frame)
@@ -153,6 +154,7 @@ def test_results_are_tables_elsewhere(tmp_path):
     back = pandas.read_parquet(tmp_path / "results.parquet")
     assert back["mixed"].tolist() == ["3", '{"k": 1}'] and back["run"].tolist() == [1, 2]
     assert [list(trace) for trace in back["trace"]] == [[], [0]]
+    assert back["key"][0] == "{(1, 2): 3}" and back["huge"][0] == str(2**70)
 
 
 MISTAKES = [
@@ -162,6 +164,7 @@ MISTAKES = [
     (lambda s: kxsim.run(s, area, workers=-1), ValueError, "positive"),
     (lambda s: kxsim.run(s, area, workers=0), ValueError, "positive"),
     (lambda s: kxsim.run(s, area, chunk=0), ValueError, "positive"),
+    (lambda s: kxsim.run(s, area, stop_on_error=5), ValueError, "from 0 to 1"),
 ]
 
 
