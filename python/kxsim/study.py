@@ -20,6 +20,7 @@ from __future__ import annotations
 import math
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from functools import cached_property, partial
+from numbers import Real
 from typing import TYPE_CHECKING, Any, NamedTuple
 
 import kxsim
@@ -176,7 +177,8 @@ def draws(count: int, *parts: Mapping[Any, Any], rng: Any = None, **distribution
     draw from `rng`, a `numpy.random.Generator` or a seed for one, otherwise from kxsim's own
     generator (`kxsim.seed`).
     """
-    if isinstance(count, bool) or count != int(count) or count < 1:
+    is_number = isinstance(count, Real) and not isinstance(count, bool)
+    if not (is_number and count >= 1 and count % 1 == 0):
         raise ValueError(f"the number of draws is a positive integer, not {count!r}")
     pairs = _pairs(parts, distributions)
     generator = None if rng is None else numpy_generator(rng)

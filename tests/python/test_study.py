@@ -127,7 +127,10 @@ MISTAKES = [
     (lambda: grid([1, 2]), TypeError, "no study"),
     (lambda: grid([{"a": 1}, {"b": 1}]), ValueError, "row 1"),
     (lambda: len(zipped(a=[1], b=[1, 2])), ValueError, "a: 1 run, 1; b: 2 runs"),
-    (lambda: draws(0, a=1), ValueError, "positive integer"),
+    *(
+        (lambda count=count: draws(count, a=1), ValueError, "positive integer")
+        for count in (0, 1.5, True, None, "5", float("nan"), float("inf"))
+    ),
     (lambda: draws(2), ValueError, "at least one distribution"),
     (lambda: len(draws(2, a=3, rng=1)), TypeError, "no distribution"),
     (lambda: len(draws(2, a=3)), kxsim.HostError, "RandomMethodNotFound"),
