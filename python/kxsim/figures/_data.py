@@ -180,16 +180,18 @@ def _is_text(cell: Any) -> bool:
 
 def numbers_in(cells: Sequence[Any]) -> Any:
     """An array with NaN where there is none; None unless all others are single numbers."""
-    is_number = all(c is None or (isinstance(c, Real) and not _is_text(c)) for c in cells)
+    is_number = isinstance(cells, numpy.ndarray) or all(
+        cell is None or (isinstance(cell, Real) and not _is_text(cell)) for cell in cells
+    )
     return numpy.array(cells, dtype=float) if is_number else None
 
 
 def _reduced(name: str, label: str, cells: Sequence[Any], reduce: str) -> Values:
-    if any(map(_is_text, cells)):
-        return _categories(name, label, cells)
     numbers = numbers_in(cells)
     if numbers is not None:
         return Values(label, numbers)
+    if any(map(_is_text, cells)):
+        return _categories(name, label, cells)
     rows = [_row(name, run, cell) for run, cell in enumerate(cells, 1)]
     if reduce == "Trace" and any(map(_is_row, cells)):
         return Values(label, None, traces=rows)

@@ -140,18 +140,24 @@ def _add_points(
     count = len(chosen)
     size = float(numpy.clip(1600 / count, 10, 40))
     look = {**POINTS[layer], "s": 2 * size if layer == "selected" else size, "gid": layer}
-    if layer == "others":
-        look["facecolors"] = _pale(coloring.of(chosen) if coloring else series.color)
-    elif coloring:
-        scale = coloring.scale
-        look |= {"c": coloring.numbers[chosen], "cmap": scale.map, "norm": scale.norm}
-    else:
-        look["facecolors"] = series.color
+    look |= _paint(series, layer, chosen, coloring, "facecolors", "c")
     if count > 1000 and layer != "selected":
         look["linewidths"] = 0
     alpha = 0.65 if count > 400 and layer == "runs" else 1.0
     x, y = series.x.numbers[chosen], series.y.numbers[chosen]
     axes.scatter(x, y, marker=series.marker, alpha=alpha, rasterized=count > 5000, **look)
+
+
+def _paint(
+    series: Series, layer: str, chosen: Any, coloring: Coloring | None, colors: str, numbers: str
+) -> dict[str, Any]:
+    """What a layer is colored by: keywords, of which these two take colors, and numbers."""
+    if layer == "others":
+        return {colors: _pale(coloring.of(chosen) if coloring else series.color)}
+    if coloring:
+        scale = coloring.scale
+        return {numbers: coloring.numbers[chosen], "cmap": scale.map, "norm": scale.norm}
+    return {colors: series.color}
 
 
 def _pale(colors: Any) -> Any:
@@ -169,13 +175,7 @@ def _add_lines(
     look = dict(LINES[layer])
     if len(chosen) >= 100:
         look["linewidths"] *= 0.55
-    if layer == "others":
-        look["colors"] = _pale(coloring.of(chosen) if coloring else series.color)
-    elif coloring:
-        scale = coloring.scale
-        look |= {"array": coloring.numbers[chosen], "cmap": scale.map, "norm": scale.norm}
-    else:
-        look["colors"] = series.color
+    look |= _paint(series, layer, chosen, coloring, "colors", "array")
     alpha = 0.5 if len(chosen) > 40 and layer == "runs" else 1.0
     axes.add_collection(LineCollection(lines, gid=layer, alpha=alpha, **look))
 
