@@ -182,9 +182,10 @@ def _executor(kind: str | Executor, workers: int) -> Iterator[Executor]:
     try:
         yield pool
     except BaseException:
-        for process in list((getattr(pool, "_processes", None) or {}).values()):
+        processes = list((getattr(pool, "_processes", None) or {}).values())
+        pool.shutdown(wait=False, cancel_futures=True)  # first: else the pool sees broken workers and says so
+        for process in processes:
             process.terminate()
-        pool.shutdown(wait=False, cancel_futures=True)
         raise
     pool.shutdown()
 
