@@ -183,7 +183,8 @@ def _executor(kind: str | Executor, workers: int) -> Iterator[Executor]:
         yield pool
     except BaseException:
         processes = list((getattr(pool, "_processes", None) or {}).values())
-        pool.shutdown(wait=False, cancel_futures=True)  # first: else the pool sees broken workers and says so
+        # Before they end: a pool that finds them broken says so in a thread of its own.
+        pool.shutdown(wait=False, cancel_futures=True)
         for process in processes:
             process.terminate()
         raise
