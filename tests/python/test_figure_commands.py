@@ -98,6 +98,12 @@ def test_a_failing_command_changes_nothing_and_is_gone(figures, make, key, words
     assert after == before and figures.current == figure
 
 
+def test_what_is_no_number_is_no_run(figures):
+    with pytest.raises(FigureError, match="no run 'x', None, inf;"):
+        figures.select(["x", None, float("inf"), 1])
+    assert figures.selected == []
+
+
 def test_without_a_figure_there_is_nothing_to_change(figures):
     with pytest.raises(FigureError, match="no figure"):
         figures.carry_out(change("String", "Title", "x")(figures.model))

@@ -6,6 +6,7 @@ import base64
 import os
 import re
 from collections.abc import Callable, Iterable, Iterator
+from numbers import Real
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
@@ -197,9 +198,13 @@ class Figures:
 
     def _known(self, runs: Iterable[float]) -> dict[int, None]:
         listed, count = list(runs), len(self.results)
-        unknown = [run for run in listed if not (float(run).is_integer() and 1 <= run <= count)]
+        unknown = [
+            run
+            for run in listed
+            if not (isinstance(run, Real) and run % 1 == 0 and 1 <= run <= count)
+        ]
         if unknown:
-            words = ", ".join(f"{run:g}" for run in unknown[:3])
+            words = ", ".join(f"{r:g}" if isinstance(r, Real) else repr(r) for r in unknown[:3])
             raise FigureError("UnknownRun", name=words, count=count)
         return dict.fromkeys(map(int, listed))
 
