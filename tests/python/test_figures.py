@@ -187,6 +187,18 @@ def test_numbers_among_texts_stay_apart_and_what_is_missing_is_left_out():
     assert points(axes) == [[0, 0], [1, 1], [2, 2], [6, 0]]
 
 
+def test_what_is_beyond_any_axis_is_not_shown():
+    cells = [1.0, 1e305, -1e305, float("inf"), 2.0]
+    for outputs, reduce in [(cells, "End"), ([[each, each] for each in cells], "Trace")]:
+        figures = Figures(of_outputs(outputs))
+        figures.scatter(y=data("y", reduce))
+        picture = figures.draw()
+        assert picture.get_supxlabel() == "3 of 5 runs not shown"
+        assert picture.axes[0].get_ylim()[1] < 3
+        figures.histogram(data("y", reduce))
+        assert sum(heights(axes_of(figures))) == (2 if reduce == "End" else 4)
+
+
 def test_texts_of_two_sources_share_one_axis():
     study = grid(zipped(u=["low", "mid"], v=["mid", "high"]))
     figures = Figures(study.run(lambda run: {"y": 1}, executor="serial", progress=False))

@@ -65,7 +65,7 @@ def test_collections_and_lists_are_tables_of_limited_length(model):
         table = shown(runs)
         assert table.rows[0][:3] == ["", "RunId", "State"]
         assert table.rows[8][:3] == ["7", "7", "<7>"]
-        assert len(table.rows) == 21 and "SimulationRun" in table.besides + repr(runs)
+        assert len(table.rows) == 21 and table.besides.split(":")[0] in repr(runs)
         assert table.besides.endswith("... 5 more")
     ids = command.SelectRuns(model, RunIds=[4, 2]).RunIds
     assert shown(ids).rows == [["", "value"], ["0", "4"], ["1", "2"]]

@@ -20,6 +20,9 @@ REDUCTIONS: dict[str, Callable[[Any], Any]] = {
     "Mean": numpy.mean,
 }
 
+# The largest that an axis can show: the distance of two of them is a number still.
+LARGEST = 1e300
+
 
 class Data(NamedTuple):
     """What an axis plots: names of columns with their labels, where they are, how reduced."""
@@ -61,8 +64,8 @@ def literal(enumeration: Any, given: Any, kind: str) -> str:
 class Values(NamedTuple):
     """One data source along one axis: a number for each run, or a trace.
 
-    `numbers` has NaN in runs without; of texts it has their places in `categories`. `traces` has an
-    empty array in runs without, and is None unless whole traces are plotted.
+    `numbers` has NaN in runs without, or beyond what an axis can show; of texts it has their places
+    in `categories`. `traces` has an empty array in runs without, and is None unless whole traces are plotted.
     """
 
     label: str
@@ -189,14 +192,19 @@ def numbers_in(cells: Sequence[Any]) -> Any:
 def _reduced(name: str, label: str, cells: Sequence[Any], reduce: str) -> Values:
     numbers = numbers_in(cells)
     if numbers is not None:
-        return Values(label, numbers)
+        return Values(label, _showable(numbers))
     if any(map(_is_text, cells)):
         return _categories(name, label, cells)
     rows = [_row(name, run, cell) for run, cell in enumerate(cells, 1)]
     if reduce == "Trace" and any(map(_is_row, cells)):
-        return Values(label, None, traces=rows)
+        return Values(label, None, traces=[*map(_showable, rows)])
     reduction = REDUCTIONS.get(reduce, REDUCTIONS["End"])
-    return Values(label, numpy.array([reduction(row) if row.size else numpy.nan for row in rows]))
+    numbers = numpy.array([reduction(row) if row.size else numpy.nan for row in rows])
+    return Values(label, _showable(numbers))
+
+
+def _showable(numbers: Any) -> Any:
+    return numpy.where(numpy.abs(numbers) <= LARGEST, numbers, numpy.nan)
 
 
 def _row(name: str, run: int, cell: Any) -> Any:
