@@ -65,7 +65,8 @@ class Values(NamedTuple):
     """One data source along one axis: a number for each run, or a trace.
 
     `numbers` has NaN in runs without, or beyond what an axis can show; of texts it has their places
-    in `categories`. `traces` has an empty array in runs without, and is None unless whole traces are plotted.
+    in `categories`. `traces` has an empty array in runs without, and is None unless whole traces are
+    plotted.
     """
 
     label: str
