@@ -19,6 +19,7 @@ class SampleTable {
  public:
   explicit SampleTable(const std::vector<Iteration>& runs) {
     starts_.reserve(runs.size() + 1);
+    if (!runs.empty()) samples_.reserve(runs.size() * runs.front().parameterSamples().size());
     for (const Iteration& run : runs) {
       starts_.push_back(samples_.size());
       for (const ParameterSample& sample : run.parameterSamples()) samples_.push_back(sample);

@@ -106,18 +106,12 @@ class UndoLog {
   bool empty() const { return records.empty(); }
   /// Whether all that happened is that one plain value was replaced: the most frequent change.
   bool isOnePlainSet() const { return records.size() == 1 && isPlainSet(records.front().kind); }
+  /// Adds a record; may throw std::bad_alloc, so it stands before the change. Inlined, so that the
+  /// record is made in its place: a copy would wait for the stores that have just made it.
+  [[gnu::always_inline]] void add(const UndoRecord& record) { records.emplace_back() = record; }
   /// Makes room for one record, so that adding it cannot fail.
   void makeRoom() {
-    if (records.size() == records.capacity()) [[unlikely]]
-      records.reserve(2 * records.size() + 8);
-  }
-  /// Adds a record; may throw std::bad_alloc, so it stands before the change. Inlined and without a
-  /// second way, so that it is made in its place: a copy would wait for the stores that have
-  /// just made it.
-  [[gnu::always_inline]] void add(const UndoRecord& record) {
-    makeRoom();
-    if (records.size() == records.capacity()) __builtin_unreachable();
-    records.push_back(record);
+    if (records.size() == records.capacity()) records.reserve(2 * records.size() + 8);
   }
   /// Whether the newest record, after `mark`, is the creation of this very element: undoing that
   /// undoes all that happens to the element's own values and references now.
