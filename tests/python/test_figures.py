@@ -458,11 +458,13 @@ MAKING = [
     (lambda f: f.surface(x="a", y="b", z="sum", ColorMap="Virids"), "UnknownColorMap", "'viridis'"),
     (lambda f: f.custom("nowhere"), "UnknownPlot", "'nowhere'"),
     (lambda f: f.register("nowhere"), "PlotClassNotFound", "module:function"),
+    (lambda f: f.register(".os:name"), "PlotClassNotFound", "module:function"),
     (lambda f: f.register("os:nope"), "PlotClassNotFound", "nope"),
     (lambda f: f.register("os:name"), "PlotClassNotFound", "callable"),
     (lambda f: f.histogram(data("a", type="Input")), "UnknownLiteral", "type of source 'Input'"),
     (lambda f: f.create("Histgram"), "UnknownLiteral", "mean 'Histogram'"),
     (lambda f: f.scatter(x="a", y=["sum", "size"]), "TextsAndNumbers", "axis Y"),
+    (lambda f: f.scatter(x="a", y=[3]), "UnknownQuantity", "or output 3"),
 ]
 
 

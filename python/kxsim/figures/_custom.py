@@ -102,7 +102,7 @@ class Plots:
         if name in self._functions:
             return self._functions[name]
         module, _, path = name.partition(":")
-        if not module or not path:
+        if not module or not path or module.startswith("."):
             reason = "it is neither registered nor of the form package.module:function"
             raise FigureError("PlotClassNotFound", name=name, reason=reason)
         try:

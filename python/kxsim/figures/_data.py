@@ -57,7 +57,7 @@ def literal(enumeration: Any, given: Any, kind: str) -> str:
     name = getattr(given, "name", given)
     known = enumeration.__members__
     if name not in known:
-        raise FigureError("UnknownLiteral", kind=kind, name=name, nearest=nearest(str(name), known))
+        raise FigureError("UnknownLiteral", kind=kind, name=name, nearest=nearest(name, known))
     return str(name)
 
 
@@ -65,8 +65,8 @@ class Values(NamedTuple):
     """One data source along one axis: a number for each run, or a trace.
 
     `numbers` has NaN in runs without, or beyond what an axis can show; of texts it has their places
-    in `categories`. `traces` has an empty array in runs without, and is None unless whole traces are
-    plotted.
+    in `categories`. `traces` has an empty array in runs without; it is None unless traces are
+    plotted whole.
     """
 
     label: str

@@ -65,8 +65,8 @@ class FigureError(ValueError):
         return MESSAGES[self.key].format(**self.fields) + hint
 
 
-def nearest(name: str, known: Iterable[str]) -> str | None:
+def nearest(name: object, known: Iterable[str]) -> str | None:
     """What may have been meant: the known name that is most like it, whatever its case."""
     folded = {each.casefold(): each for each in known}
-    found = difflib.get_close_matches(name.casefold(), folded, n=1)
+    found = difflib.get_close_matches(str(name).casefold(), folded, n=1)
     return folded[found[0]] if found else None

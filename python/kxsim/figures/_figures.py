@@ -50,7 +50,7 @@ class Figures:
         self.model = self.view.model()
         self._links = Links(self.model)
         self._plots = Plots(self.model)
-        self._current = ""
+        self._recent: dict[str, None] = {}  # identities, the last made or set last
         self._selected: dict[int, None] = {}
         self._listening: Subscription | None = None
 
@@ -105,23 +105,23 @@ class Figures:
     def _make(self, kind: str, axes: dict[str, What], values: dict[str, Any]) -> design.Figure:
         figure, properties = _making.make(self.view, Runs(self.results), kind, axes, values)
         self._links.add(figure, properties)
-        self._current = figure.identity()
+        self.current = figure
         return figure
 
     # Finding and changing -------------------------------------------------------------------------
 
     @property
     def current(self) -> design.Figure | None:
-        """The figure that was made or set last, or the view's last, or None."""
-        last = None
-        for last in self.view.Figures:
-            if last.identity() == self._current:
-                break
-        return last
+        """The figure that was made or set last of those there are, or the view's last, or None."""
+        figures = {each.identity(): each for each in self}
+        known = (figures[each] for each in reversed(self._recent) if each in figures)
+        return next(known, next(reversed(figures.values()), None))
 
     @current.setter
     def current(self, figure: Any) -> None:
-        self._current = self._found(figure).identity()
+        identity = self._found(figure).identity()
+        self._recent.pop(identity, None)
+        self._recent[identity] = None
 
     def properties(self, figure: Any = None) -> Any:
         """The properties object of a figure, by default the current one."""
