@@ -7,14 +7,14 @@ import csv
 import importlib
 import os
 import sys
-import traceback
 from collections import Counter
-from collections.abc import Sequence
+from collections.abc import Callable, Sequence
 from pathlib import Path
 from typing import Any
 
 import kxsim
 from kxsim import _describe
+from kxsim._study_file import Refused, defined, load, study_in, told
 
 EPILOG = """\
 A study file is a Python file that defines `study`, made by kxsim.study, and for `run` a function
@@ -37,42 +37,38 @@ Exit status: 0, 1 when a run failed or was interrupted, 2 when a command could n
 """
 
 
-class Refused(Exception):
-    """A command that cannot be carried out, in words for its user."""
+# Commands ----------------------------------------------------------------------------------------
 
 
-def _load(file: str) -> Any:
-    """The study file as a module that workers can import."""
-    path = Path(file)
-    if not path.is_file():
-        raise Refused(f"there is no file {file}")
-    sys.path.insert(0, str(path.absolute().parent))
-    if not path.stem.isidentifier() or path.stem in sys.modules:
-        raise Refused(f"{path.name}: a study file's name is a Python name of its own")
-    return importlib.import_module(path.stem)
-
-
-def _defined(module: Any, name: str) -> Any:
-    if not hasattr(module, name):
-        raise Refused(f"{module.__file__} does not define {name!r}; see kxsim --help")
-    return getattr(module, name)
+def _need(package: str, purpose: str) -> None:
+    try:
+        importlib.import_module(package)
+    except ImportError as error:
+        raise Refused(f"{purpose} needs {package.partition('.')[0]}: {error}") from error
 
 
 def _check_output(path: Path) -> None:
     """Before anything is computed that could not be kept; makes the folder."""
-    path.parent.mkdir(parents=True, exist_ok=True)
+    if path.suffix not in (".csv", ".parquet"):
+        raise Refused(f"{path}: results are written as .csv or .parquet")
+    if path.suffix == ".parquet":
+        _need("pyarrow.parquet", "a .parquet file")
+    try:
+        path.parent.mkdir(parents=True, exist_ok=True)
+    except OSError as error:
+        raise Refused(f"{path} cannot be written: {error.strerror}") from error
     if path.is_dir() or not os.access(path if path.exists() else path.parent, os.W_OK):
         raise Refused(f"{path} cannot be written")
-    if path.suffix == ".parquet":
-        importlib.import_module("pyarrow.parquet")
 
 
 def run(options: argparse.Namespace) -> int:
-    module = _load(options.file)
-    study, simulate = _defined(module, "study"), _defined(module, "simulate")
+    module = load(options.file, options.seed)
+    study, simulate = study_in(module), defined(module, "simulate")
     make_figures = getattr(module, "figures", None)
     if options.pictures:
-        make_figures = _defined(module, "figures")
+        make_figures = defined(module, "figures")
+    if make_figures is not None:
+        _need("matplotlib", "a study file with figures")
     _check_output(options.output)
     print(f"{len(study):,} runs", file=sys.stderr)
     results = study.run(
@@ -94,16 +90,18 @@ def run(options: argparse.Namespace) -> int:
 
 
 def _save_pictures(make: Any, results: Any, options: argparse.Namespace) -> None:
-    folder = options.pictures or options.output.parent / "pictures"
+    if "finished" not in results.states:
+        print("no run finished, so there are no pictures")
+        return
     figures = make(results)
     if not hasattr(figures, "save"):
         raise Refused(f"`figures` returns kxsim.figures.Figures, not {figures!r}")
-    for path in figures.save(folder):
+    for path in figures.save(options.pictures or options.output.parent / "pictures"):
         print(f"picture {path}")
 
 
 def explain(options: argparse.Namespace) -> int:
-    study = _defined(_load(options.file), "study")
+    study = study_in(load(options.file, options.seed))
     print(study)
     print(f"\nmemory for the runs: about {_describe.memory(study.space) / 2**20:,.1f} MiB\n")
     print(study.table(options.runs))
@@ -115,6 +113,7 @@ def _rows(path: Path) -> list[dict[str, Any]]:
         raise Refused(f"there is no file {path}")
     csv.field_size_limit(sys.maxsize)  # a trace is one cell
     if path.suffix == ".parquet":
+        _need("pyarrow.parquet", "a .parquet file")
         from pyarrow import parquet
 
         return parquet.read_table(path).to_pylist()
@@ -133,35 +132,59 @@ def show(options: argparse.Namespace) -> int:
     return 0
 
 
+# Options -----------------------------------------------------------------------------------------
+
+
+def _at_least(least: int) -> Callable[[str], int]:
+    def number(text: str) -> int:
+        if not text.isdecimal() or int(text) < least:
+            raise argparse.ArgumentTypeError(f"{text!r} is no integer from {least} on")
+        return int(text)
+
+    return number
+
+
+def _add_study(command: Any) -> None:
+    command.add_argument("file", help="the study file")
+    seed = {"type": _at_least(0), "metavar": "N"}
+    command.add_argument("--seed", **seed, help="start random numbers at N (kxsim.seed)")
+
+
 def _add_run(commands: Any) -> None:
     command = commands.add_parser("run", help="carry out the runs and write what comes of them")
     command.set_defaults(command=run)
+    _add_study(command)
     option = command.add_argument
-    option("file", help="the study file")
     written = {"type": Path, "default": Path("results.csv")}
     option("-o", "--output", **written, help="a .csv or .parquet file (%(default)s)")
     option("--pictures", type=Path, metavar="DIR", help="where (`pictures`, beside the output)")
     kinds = {"choices": ["processes", "threads", "serial"], "default": "processes"}
     option("--executor", **kinds, help="(%(default)s)")
-    option("--workers", type=int, help="how many at a time (one per processor)")
-    option("--chunk", type=int, help="runs handed over at a time")
+    count = {"type": _at_least(1), "metavar": "N"}
+    option("--workers", **count, help="how many at a time (one per processor)")
+    option("--chunk", **count, help="runs handed over at a time")
     stop = {"type": float, "nargs": "?", "const": True, "default": False, "metavar": "SHARE"}
     option("--stop-on-error", **stop, help="stop at the first failing run, or past a share")
     option("-q", "--quiet", action="store_true", help="no progress bar")
 
 
+def _add_shown(command: Any, default: int) -> None:
+    count = {"type": _at_least(1), "metavar": "N", "default": default}
+    command.add_argument("-n", "--runs", **count, help="runs to show (%(default)s)")
+
+
 def _add_explain(commands: Any) -> None:
     command = commands.add_parser("explain", help="show a study without carrying it out")
     command.set_defaults(command=explain)
-    command.add_argument("file", help="the study file")
-    command.add_argument("-n", "--runs", type=int, default=10, help="runs to show (%(default)s)")
+    _add_study(command)
+    _add_shown(command, 10)
 
 
 def _add_show(commands: Any) -> None:
     command = commands.add_parser("show", help="show results that have been written")
     command.set_defaults(command=show)
     command.add_argument("results", type=Path, help="a .csv or .parquet file")
-    command.add_argument("-n", "--runs", type=int, default=20, help="runs to show (%(default)s)")
+    _add_shown(command, 20)
 
 
 def _parser() -> argparse.ArgumentParser:
@@ -178,20 +201,15 @@ def _parser() -> argparse.ArgumentParser:
     return parser
 
 
-def _told(error: Exception, options: argparse.Namespace) -> str:
-    """An error in words: where in the study file, what, and what was noted about it."""
-    file = str(Path(getattr(options, "file", "")).absolute())
-    lines = [f.lineno for f in traceback.extract_tb(error.__traceback__) if f.filename == file]
-    place = f"{options.file}, line {lines[-1]}: " if lines else ""
-    return "\n".join([f"kxsim: {place}{error}", *getattr(error, "__notes__", [])])
-
-
 def main(arguments: Sequence[str] | None = None) -> int:
     options = _parser().parse_args(arguments)
     try:
         return options.command(options)
-    except (Refused, kxsim.HostError, ValueError, TypeError, ImportError, OSError) as error:
-        print(_told(error, options), file=sys.stderr)
+    except Exception as error:
+        words = told(error, getattr(options, "file", ""))
+        if words is None:
+            raise
+        print(words, file=sys.stderr)
         return 2
 
 

@@ -31,6 +31,13 @@ def figures(results):
 """
 
 
+DRAWN = """
+import kxsim
+from kxsim.study import draws
+study = draws(2, a=kxsim.dist.Uniform(0, 1))
+"""
+
+
 @pytest.fixture
 def folder(tmp_path):
     (tmp_path / "two_by_two.py").write_text(STUDY)
@@ -39,6 +46,15 @@ def folder(tmp_path):
     (tmp_path / "empty_one.py").write_text("")
     (tmp_path / "faulty.py").write_text("from kxsim.study import grid\ngrid(a=3)")
     (tmp_path / "noted.py").write_text(STUDY + "from kxsim.study import draws\nlen(draws(2, a=3))")
+    (tmp_path / "other.py").write_text("study = 3")
+    (tmp_path / "my-study.py").write_text(STUDY)
+    (tmp_path / "named").mkdir()
+    (tmp_path / "named" / "signal.py").write_text(STUDY)
+    (tmp_path / "named.csv").write_text("")
+    (tmp_path / "two_by_two.txt").write_text("not Python")
+    (tmp_path / "raising.py").write_text("import os\n1 / 0\n")
+    (tmp_path / "broken.py").write_text("\nstudy = (\n")
+    (tmp_path / "drawn.py").write_text(DRAWN)
     (tmp_path / "linked.py").symlink_to(tmp_path / "two_by_two.py")
     return tmp_path
 
@@ -78,9 +94,16 @@ def test_the_figures_of_a_study_are_saved(folder, options):
         (["run", "empty_one.py"], "does not define 'study'"),
         (["explain", "faulty.py"], "kxsim: faulty.py, line 2: the values of 'a' are a list"),
         (["explain", "noted.py"], "It was given for 'a'."),
-        (["run", "two_by_two.py", "-o", "."], ". cannot be written"),
+        (["run", "two_by_two.py", "-o", "named.csv/x.csv"], "x.csv cannot be written"),
         (["show", "two_by_two.py"], "holds no results"),
-        (["run", "two_by_two.py", "--workers", "-1"], "positive"),
+        (["run", "two_by_two.py", "-o", "results.xlsx"], "written as .csv or .parquet"),
+        (["run", "two_by_two.txt"], "a study file is Python"),
+        (["run", "named/signal.py"], "rename it, for Python has another module 'signal'"),
+        (["explain", "other.py"], "`study` is no study: int"),
+        (["explain", "raising.py"], "raising.py, line 2: ZeroDivisionError: division by zero"),
+        (["explain", "broken.py"], "broken.py, line 2: SyntaxError: "),
+        (["run", "two_by_two.py", "--workers", "0"], "--workers: '0' is no integer from 1 on"),
+        (["explain", "two_by_two.py", "-n", "-2"], "-n/--runs: '-2' is no integer from 1 on"),
         (["walk"], "invalid choice"),
     ],
 )
@@ -88,6 +111,26 @@ def test_what_cannot_be_done_is_said_before_anything_is(folder, arguments, word)
     code, out, err = kxsim(folder, *arguments)
     assert code == 2 and word in err.splitlines()[-1] and "Traceback" not in err
     assert (folder / "results.csv").exists() == ("forgetful.py" in arguments)
+
+
+def test_a_file_of_any_name_is_run_and_without_a_finished_run_there_are_no_pictures(folder):
+    code, out, _ = kxsim(folder, "run", "my-study.py", "--workers", "2")
+    assert code == 1 and "2 finished, 2 failed" in out
+    failing = (STUDY + FIGURES).replace('run["a"]', "0")
+    (folder / "all failing.py").write_text(failing)
+    code, out, err = kxsim(folder, "run", "all failing.py", "--executor", "serial")
+    assert code == 1 and out.endswith("no run finished, so there are no pictures\n")
+    assert "Traceback" not in err and not (folder / "pictures").exists()
+    wrong = failing.replace("    figures = Figures", "    None.gone\n    figures = Figures")
+    (folder / "wrong.py").write_text(wrong.replace("/ 0", "/ 1"))
+    code, _, err = kxsim(folder, "run", "wrong.py", "--executor", "serial")
+    assert code == 2 and "kxsim: wrong.py, line 9: AttributeError: " in err
+
+
+def test_a_seed_gives_the_same_draws_again(folder):
+    seeds = ["1", "1", "2"]
+    first, again, other = (kxsim(folder, "explain", "drawn.py", "--seed", each) for each in seeds)
+    assert first == again != other and first[0] == other[0] == 0
 
 
 def test_long_traces_are_written_into_a_new_folder_and_shown(folder):
