@@ -2,6 +2,8 @@
 
 #include <memory>
 #include <string>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "extension/errors.h"
@@ -16,27 +18,39 @@ class PythonPayload final : public vexal::NativePayload {
  public:
   static constexpr char kTypeTag = 0;
 
-  explicit PythonPayload(nb::object object)
-      : NativePayload(&kTypeTag), object_(std::move(object)) {}
+  explicit PythonPayload(nb::object object) : NativePayload(&kTypeTag), object_(std::move(object)) {
+    all().insert(this);
+  }
 
   // What the host still holds when the interpreter has ended stays as it is.
   ~PythonPayload() override {
+    all().erase(this);
     if (!Py_IsInitialized()) object_.release();
   }
 
+  /// All that exist; kept for ever, for the host may hold some until the process ends.
+  static std::unordered_set<PythonPayload*>& all() {
+    static auto& payloads = *new std::unordered_set<PythonPayload*>();
+    return payloads;
+  }
+
+  nb::object letGo() noexcept { return std::move(object_); }
+
   std::string describe() const override {
+    if (!object_.is_valid()) return "Python object that is gone";
     return "Python " + std::string(Py_TYPE(object_.ptr())->tp_name);
   }
 
   bool hasMethod(std::string_view name) const override {
     try {
-      return !find(name).is_none();
+      return object_.is_valid() && !find(name).is_none();
     } catch (nb::python_error&) {
       return false;
     }
   }
 
   void callMethod(vexal::Call& call) override {
+    if (!object_.is_valid()) return;
     try {
       const nb::object method = find(call.name());
       const nb::object result = method(*argumentsOf(call));
@@ -78,6 +92,14 @@ vexal::ArrayPtr makeForeign(nb::object object) {
       named.is_none() ? vexal::script::kForeignClass : std::string_view(name.c_str());
   return take(
       vexal::script::foreign(std::make_shared<PythonPayload>(std::move(object)), className));
+}
+
+void releaseForeign(nb::handle kept) {
+  std::vector<nb::object> released;  // let go at the end: that may run code which calls the host
+  for (PythonPayload* payload : PythonPayload::all()) {
+    const nb::object& object = payload->object();
+    if (object.is_valid() && !object.type().is(kept)) released.push_back(payload->letGo());
+  }
 }
 
 nb::object foreignObject(const vxArray* array) {

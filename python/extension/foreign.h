@@ -11,6 +11,10 @@ namespace kxsim::python {
 /// as Hooks::findMethod says.
 vexal::ArrayPtr makeForeign(nanobind::object object);
 
+/// Lets go of the Python objects in foreign objects, except those of one class; the others answer
+/// no call from then on.
+void releaseForeign(nanobind::handle kept);
+
 /// The Python object in a foreign object; invalid for everything else.
 nanobind::object foreignObject(const vxArray* array);
 

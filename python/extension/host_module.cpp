@@ -5,8 +5,10 @@
 #include <nanobind/stl/string_view.h>
 
 #include <string>
+#include <utility>
 
 #include "extension/errors.h"
+#include "extension/foreign.h"
 #include "extension/gather.h"
 #include "extension/objects.h"
 #include "extension/values.h"
@@ -95,7 +97,18 @@ void defineHost(nb::module_& m) {
   m.def("load_module", &vexal::loadModule, "Loads a shared library that brings packages.");
   m.def("version", &vexal::version);
   m.def("seed", &vexal::seed, "Starts the host's random numbers anew.");
+  m.def("release_foreign", &releaseForeign,
+        "Lets go of the Python objects that the host holds, except those of one class; the others "
+        "answer no call any more.");
   m.def("counts", &counts, "Host arrays that exist now.");
+}
+
+void defineGenerator(nb::module_& m) {
+  nb::class_<vexal::Generator>(m, "Generator", "A stream of the host's random numbers.")
+      .def(nb::init<std::uint64_t>())
+      .def(
+          "swap", [](vexal::Generator& self) { std::swap(self, vexal::generator()); },
+          "Takes the place of the stream that the host draws from, and keeps that one instead.");
 }
 
 void defineNames(nb::module_& m) {
@@ -170,6 +183,7 @@ NB_MODULE(_host, m) {
   translateHostErrors();
   defineObjects(m);
   defineHost(m);
+  defineGenerator(m);
   defineNames(m);
   defineCalls(m);
 }

@@ -29,9 +29,9 @@ nb::object equals(const Object& self, nb::handle other) {
 }
 
 std::size_t hash(const Object& self) {
-  const std::uint64_t identity = take(script::identity(arrayOf(self)));
-  if (identity == 0) raiseTypeError("a value of the host is not hashable; its elements are");
-  return static_cast<std::size_t>(identity >> 4);  // addresses end in zeros
+  if (self.identity == 0) self.identity = take(script::identity(arrayOf(self)));
+  if (self.identity == 0) raiseTypeError("a value of the host is not hashable; its elements are");
+  return static_cast<std::size_t>(self.identity >> 4);  // addresses end in zeros
 }
 
 void construct(Object* self, std::string_view className, nb::tuple arguments, nb::dict values) {

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <string>
 
@@ -142,6 +140,19 @@ std::vector<std::size_t> dimensionsOf(const Py_buffer& view) {
   return dims;
 }
 
+template <class To, class From>
+To converted(From from) {
+  if constexpr (std::is_integral_v<From> && sizeof(From) == sizeof(double)) {
+    constexpr auto kLargest = From{1} << 53;
+    if (from > kLargest || (std::is_signed_v<From> && from < -kLargest)) {
+      PyErr_SetString(PyExc_OverflowError,
+                      "the host's numbers are doubles, which cannot hold integers beyond 2**53");
+      throw nb::python_error();
+    }
+  }
+  return static_cast<To>(from);
+}
+
 // Walks an N-dimensional buffer in column-major order.
 template <class From, class To>
 void copyStrided(const Py_buffer& view, std::span<To> to) {
@@ -151,7 +162,7 @@ void copyStrided(const Py_buffer& view, std::span<To> to) {
   for (To& element : to) {
     From from;
     std::memcpy(&from, at, sizeof from);
-    element = static_cast<To>(from);
+    element = converted<To>(from);
     for (std::size_t k = 0; k < rank; ++k) {
       at += view.strides[k];
       if (++index[k] < view.shape[k]) break;
@@ -175,16 +186,7 @@ ArrayPtr copied(const Py_buffer& view, vexal::ClassId classId) {
 
 template <class From>
 ArrayPtr numbers(const Py_buffer& view) {
-  ArrayPtr array = copied<From, double>(view, vexal::ClassId::Double);
-  if constexpr (std::is_integral_v<From> && sizeof(From) == sizeof(double)) {
-    const auto isTooLarge = [](double number) { return std::abs(number) > 0x1p53; };
-    if (std::ranges::any_of(vexal::doubleData(array.get()), isTooLarge)) {
-      PyErr_SetString(PyExc_OverflowError,
-                      "the host's numbers are doubles, which cannot hold integers beyond 2**53");
-      throw nb::python_error();
-    }
-  }
-  return array;
+  return copied<From, double>(view, vexal::ClassId::Double);
 }
 
 // Null when the buffer holds no numbers.
@@ -209,8 +211,10 @@ ArrayPtr fromBuffer(PyObject* value) {
   }
 }
 
+// Masked arrays show the numbers behind the mask too.
 bool hasNumbers(PyObject* value) {
-  return PyObject_CheckBuffer(value) && !PyBytes_Check(value) && !PyByteArray_Check(value);
+  return PyObject_CheckBuffer(value) && !PyBytes_Check(value) && !PyByteArray_Check(value) &&
+         !PyObject_HasAttrString(value, "mask");
 }
 
 ArrayPtr adapted(nb::handle value) {

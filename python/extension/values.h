@@ -39,6 +39,8 @@ struct Array {
 struct Object : Array {
   using Array::Array;
   explicit Object(const Array& other) : Array(other) {}
+  /// Once asked for; so that other threads may look up what is a key already.
+  mutable std::uint64_t identity = 0;
 };
 
 /// Objects as a sequence whose items come into being as they are looked at.

@@ -9,7 +9,7 @@ from collections.abc import Callable, Mapping
 from typing import TYPE_CHECKING, Any
 
 from kxsim import _host
-from kxsim._errors import HostError
+from kxsim._errors import HostError, always
 
 if TYPE_CHECKING:
     from inspect import Signature
@@ -63,6 +63,7 @@ class HostObject(_host.Object):
     def __reduce__(self) -> Any:
         raise TypeError(f"{type(self).__host_name__} can be neither copied nor pickled")
 
+    @always
     def __repr__(self) -> str:
         name = type(self).__host_name__
         if not _host.is_ready(self) or not self.is_valid:
@@ -94,6 +95,7 @@ class NamedObject(HostObject):
     def __init__(self, *arguments: Any) -> None:
         _host.Object.__init__(self, _host.call_raw(type(self).__host_name__, arguments))
 
+    @always
     def __repr__(self) -> str:
         return f"<{self.describe().removeprefix('1-by-1 ')}>"
 

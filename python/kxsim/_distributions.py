@@ -3,7 +3,7 @@
 The host draws one value at a time by calling "random". A distribution is anything with one of
 
     random()     called as it is
-    rvs()        a frozen SciPy distribution or its like; random_state=<generator> when it takes it
+    rvs()        a SciPy distribution or its like; random_state=<generator> when it takes it
     sample()     the newer SciPy distributions or their like; rng=<generator> when it takes it
 
 tried in this order. Draws come in the order of the runs and within a run in the order of the
@@ -13,6 +13,8 @@ kxsim's own, which `seed` starts anew together with the host's; no global state 
 
 from __future__ import annotations
 
+import atexit
+import operator
 from collections.abc import Callable
 from functools import lru_cache, partial
 from typing import Any
@@ -25,9 +27,13 @@ _own_generator: Any = None
 def seed(value: int) -> None:
     """Starts the random numbers anew: the host's, and those of Python distributions without `rng`.
 
-    The same non-negative seed gives the same study.
+    The same seed, an integer from 0 to 2**64 - 1, gives the same study. Raises TypeError or
+    ValueError for everything else.
     """
     global _own_generator
+    value = operator.index(value)
+    if not 0 <= value < 2**64:
+        raise ValueError(f"a seed is an integer from 0 to 2**64 - 1, not {value}")
     _host.seed(value)
     _own_generator = generator(value)
 
@@ -57,6 +63,10 @@ def _keyword_of(function: Callable, wanted: tuple[str, ...]) -> str | None:
     return next((name for name in wanted if name in parameters), None)
 
 
+# Functions keep all that the names of their module refer to.
+atexit.register(_keyword_of.cache_clear)
+
+
 def draw_from(source: object, rng: Any = None) -> Callable[[], Any] | None:
     """A function that draws one value; None when the source is no distribution."""
     for name, keywords in (
@@ -69,11 +79,26 @@ def draw_from(source: object, rng: Any = None) -> Callable[[], Any] | None:
             continue
         if name == "random" and rng is None:
             return method
+        if isinstance(source, _host.Object):
+            return _with_stream(method, _host.Generator(int(rng.integers(2**64, dtype="uint64"))))
         keyword = _keyword_of(getattr(method, "__func__", method), keywords)
+        if keyword is None and name == "rvs" and hasattr(source, "freeze"):
+            keyword = "random_state"  # hidden behind **kwds while the distribution is not frozen
         if keyword is None:
             return method
         return partial(_draw, method, keyword, rng)
     return None
+
+
+def _with_stream(method: Callable[[], Any], stream: Any) -> Callable[[], Any]:
+    def draw() -> Any:
+        stream.swap()
+        try:
+            return method()
+        finally:
+            stream.swap()
+
+    return draw
 
 
 def _draw(method: Callable, keyword: str, rng: Any) -> Any:

@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+import functools
+from collections.abc import Callable, Sequence
+from typing import Any
 
 
 class HostError(RuntimeError):
@@ -27,3 +29,16 @@ class HostError(RuntimeError):
 
     def __str__(self) -> str:
         return f"{self.message} ({self.identifier})"
+
+
+def always(shown: Callable[[Any], str]) -> Callable[[Any], str]:
+    """A `__repr__` that says why where it cannot show: in another thread, in a cycle of spaces."""
+
+    @functools.wraps(shown)
+    def __repr__(self: Any) -> str:
+        try:
+            return shown(self)
+        except HostError as error:
+            return f"<{getattr(type(self), '__host_name__', type(self).__name__)}: {error.message}>"
+
+    return __repr__

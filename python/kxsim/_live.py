@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import atexit
 import weakref
 from collections.abc import Callable, Iterable, Iterator, MutableSequence, Sequence
 from contextlib import contextmanager
@@ -10,7 +11,7 @@ from types import GenericAlias
 from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar, overload
 
 from kxsim import _host
-from kxsim._errors import HostError
+from kxsim._errors import HostError, always
 
 if TYPE_CHECKING:
     from mf.zero import ModelElement, Transaction, meta
@@ -83,6 +84,7 @@ class Model(_Mixed):
     def __bool__(self) -> bool:
         return True
 
+    @always
     def __repr__(self) -> str:
         return f"<mf.zero.Model of {len(self)} elements>" if self.is_valid else super().__repr__()
 
@@ -117,6 +119,10 @@ class _Relay:
         if subscription is not None:
             kinds = (changes["Created"], changes["Destroyed"], changes["Modified"])
             subscription.observer(ChangeSet(*map(_many, kinds)))
+
+
+# What the host calls keeps all that the names of its module refer to, files for one.
+atexit.register(_host.release_foreign, _Relay)
 
 
 class Subscription:
@@ -154,6 +160,7 @@ class Run(_Mixed):
 
     __slots__ = ()
 
+    @always
     def __repr__(self) -> str:
         if not self.is_valid:
             return super().__repr__()
@@ -250,6 +257,7 @@ class Collection(_Mixed):
     __reversed__ = Sequence.__reversed__
     __iadd__ = MutableSequence.__iadd__
 
+    @always
     def __repr__(self) -> str:
         return _listing(self, type(self).__host_name__) if self.is_valid else super().__repr__()
 
@@ -275,7 +283,7 @@ def _extend_object_arrays() -> None:
     Sequence.register(of_arrays)
     of_arrays.index = Sequence.index
     of_arrays.count = Sequence.count
-    of_arrays.__repr__ = lambda self: _listing(self, self.host_class)
+    of_arrays.__repr__ = always(lambda self: _listing(self, self.host_class))
     of_arrays._repr_html_ = lambda self: _table(self, self.host_class)
 
 

@@ -26,6 +26,7 @@ from typing import TYPE_CHECKING, Any, NamedTuple
 import kxsim
 from kxsim import _describe, design
 from kxsim._distributions import generator as numpy_generator
+from kxsim._errors import always
 
 if TYPE_CHECKING:
     from mf.zero import Model
@@ -68,6 +69,7 @@ class Study:
         """The study of a parameter space that exists."""
         if not isinstance(space, design.ParameterSpace):
             raise TypeError(f"a study is made of a parameter space, not of {space!r}")
+        space.NumIterations  # noqa: B018  (raises for a space among its own descendants)
         keys = [sample for sample in _describe.targets(space) if sample is not None]
         return cls(lambda model: space, keys, space.model())
 
@@ -132,6 +134,7 @@ class Study:
         """Carries out the runs: `kxsim.run`."""
         return kxsim.run(self, function, **options)
 
+    @always
     def __repr__(self) -> str:
         return _describe.tree(self.space)
 
@@ -173,17 +176,19 @@ def zipped(*parts: Any, **factors: Iterable[Any]) -> Study:
 def draws(count: int, *parts: Mapping[Any, Any], rng: Any = None, **distributions: Any) -> Study:
     """Random values, drawn anew for each run; each quantity has a distribution.
 
-    A distribution is one of `kxsim.dist` or anything with `random`, `rvs` or `sample`. Python's
-    draw from `rng`, a `numpy.random.Generator` or a seed for one, otherwise from kxsim's own
-    generator (`kxsim.seed`).
+    A distribution is one of `kxsim.dist` or anything with `random`, `rvs` or `sample`. They draw
+    from `rng`, a `numpy.random.Generator` or a seed for one, otherwise from kxsim's own generators
+    (`kxsim.seed`). Python's `random()` looks after its own unless it takes `rng`.
     """
     is_number = isinstance(count, Real) and not isinstance(count, bool)
     if not (is_number and count >= 1 and count % 1 == 0):
         raise ValueError(f"the number of draws is a positive integer, not {count!r}")
     pairs = _pairs(parts, distributions)
-    generator = None if rng is None else numpy_generator(rng)
+    if rng is not None:
+        numpy_generator(rng)  # raises for what is none
 
     def make(model: Any) -> Any:
+        generator = None if rng is None else numpy_generator(rng)
         drawn = [_drawn(model, key, source, generator) for key, source in pairs]
         return design.RandomParameterSpace(model, NumSamples=int(count), Parameters=drawn)
 
@@ -216,7 +221,7 @@ def _check_equal_counts(spaces: Sequence[Any]) -> None:
 
 
 def _drawn(model: Any, key: Any, source: Any, generator: Any) -> Any:
-    if generator is not None and not hasattr(source, "__host_name__"):
+    if generator is not None:
         source = kxsim.distribution(source, rng=generator)
     try:
         made = _made(key, model)

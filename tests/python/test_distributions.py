@@ -40,6 +40,7 @@ def test_draws_come_run_by_run_and_within_a_run_parameter_by_parameter(model):
 
 SOURCES = [
     lambda: scipy.stats.norm(2, 1),
+    lambda: scipy.stats.norm,
     lambda: scipy.stats.Normal(mu=2.0, sigma=1.0),
     lambda: scipy.stats.randint(0, 10),
     Rvs,
@@ -58,9 +59,27 @@ def test_the_seed_determines_the_study_and_nothing_global_is_touched(model, make
     assert np.random.get_state()[1].tolist() == state
 
 
-@pytest.mark.parametrize("make", SOURCES[:4])
+@pytest.mark.parametrize("make", SOURCES)
 def test_a_generator_of_its_own_is_independent_of_the_seed(model, make):
     kxsim.seed(1)
     first = draws(model, [kxsim.distribution(make(), rng=5)])
     again = draws(model, [kxsim.distribution(make(), rng=np.random.default_rng(5))])
     assert first == again
+
+
+def test_a_generator_of_its_own_leaves_the_hosts_as_it_was():
+    def next_after(action):
+        kxsim.seed(3)
+        action()
+        return kxsim.dist.Uniform(0, 1).random()
+
+    source = kxsim.distribution(kxsim.dist.Uniform(0, 1), rng=5)
+    assert next_after(source.random) == next_after(lambda: None)
+
+
+@pytest.mark.parametrize(
+    ("value", "error"), [(-1, ValueError), (2**64, ValueError), (1.5, TypeError), ("1", TypeError)]
+)
+def test_a_seed_is_an_integer_of_64_bits(value, error):
+    with pytest.raises(error):
+        kxsim.seed(value)

@@ -110,21 +110,36 @@ def in_thread(action):
 
 def test_another_thread_is_refused_but_may_release(model, counts):
     variable = design.Variable(model, Name="gain")
+    other = design.Variable(model)
+    hash(variable)
     for action in (
         lambda: variable.Name,
         lambda: setattr(variable, "Name", "x"),
         lambda: kxsim.Model(),
         lambda: _host.round_trip([1]),
-        lambda: hash(variable),
+        lambda: hash(other),
     ):
         error = in_thread(action)
         assert isinstance(error, kxsim.HostError) and error.identifier == "Vexal:host:WrongThread"
     assert variable.Name == "gain"
+    assert in_thread(lambda: {variable: 1}[variable]) == 1
+    for thing in (model, variable, model.elements(), design.DesignView(model).Figures):
+        assert "thread" in in_thread(lambda thing=thing: repr(thing))
     before = counts()[0]
     held = [design.Variable(model, Name="other")]
     in_thread(held.clear)
     model.elements(design.Variable, Name="other")[0].destroy()
     assert counts()[0]["misused_releases"] == 0 and counts()[0]["arrays"] == before["arrays"]
+
+
+def outcome_of(script, *options):
+    done = subprocess.run(
+        [sys.executable, *options, "-c", textwrap.dedent(script)],
+        capture_output=True,
+        text=True,
+        timeout=60,
+    )
+    return done.returncode, done.stdout, done.stderr
 
 
 def test_the_interpreter_ends_cleanly_whatever_lives():
@@ -152,10 +167,33 @@ def test_the_interpreter_ends_cleanly_whatever_lives():
         except kxsim.HostError as raised:
             error = raised
     """
-    done = subprocess.run(
-        [sys.executable, "-X", "dev", "-c", textwrap.dedent(script)],
-        capture_output=True,
-        text=True,
-        timeout=60,
-    )
-    assert (done.returncode, done.stdout, done.stderr) == (0, "", "")
+    assert outcome_of(script, "-X", "dev") == (0, "", "")
+
+
+def test_at_the_end_names_of_the_script_are_let_go_though_the_host_draws_from_it(tmp_path):
+    script = f"""
+        import atexit
+
+        def at_exit():
+            parameter.ParameterType.Name = "after"
+            assert "gone" in repr(parameter.Distribution)
+
+        atexit.register(at_exit)  # before kxsim's own: it comes after that
+        from kxsim import design
+        from kxsim.study import draws
+
+        class Own:
+            def random(self): return 1.0
+
+        class Rvs:
+            def rvs(self, random_state): return 1.0
+
+        log = open({str(tmp_path / "log")!r}, "w")
+        log.write("important")
+        study = draws(3, a=Own(), b=Rvs())
+        study.runs
+        parameter = study.space.Parameters[0]
+        subscription = study.model.observe(lambda changes: print("told"))
+    """
+    assert outcome_of(script) == (0, "told\n", "")
+    assert (tmp_path / "log").read_text() == "important"

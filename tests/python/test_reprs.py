@@ -82,6 +82,13 @@ def test_runs_show_their_values(model):
     assert len(shown(wide.runs).rows[1]) == 21
 
 
+def test_what_cannot_be_shown_says_why(model):
+    space = design.Exhaustive(model)
+    study = Study.of(space)
+    space.ParameterSpaces.append(space)
+    assert all("its own descendants" in repr(thing) for thing in (space, study))
+
+
 def test_results_show_inputs_states_outputs_and_errors():
     def simulate(run):
         return {"cost": 1 / run["gain"], "peak": np.float32(0.5)}

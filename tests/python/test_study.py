@@ -111,11 +111,13 @@ def test_a_study_is_made_of_the_models_own_elements(model):
 
 def test_draws_are_reproducible():
     def drawn(rng):
-        sources = {"a": scipy.stats.norm(), "b": scipy.stats.uniform()}
+        sources = {"a": scipy.stats.norm, "b": kxsim.dist.Uniform(0, 1)}
         return [tuple(run.values()) for run in draws(5, sources, rng=rng)]
 
     assert drawn(3) == drawn(3) != drawn(4)
     assert drawn(np.random.default_rng(3)) == drawn(3)
+    seeded = draws(2, a=scipy.stats.norm(), rng=3)
+    assert [*grid(seeded)] == [*seeded]
 
 
 MISTAKES = [
