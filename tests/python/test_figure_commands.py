@@ -72,7 +72,8 @@ FAILING = [
     (change("String", "XMin", "1"), "WrongPropertyType", "'XMin' is a number, not a text"),
     (change("Double", "XGrid", 1), "WrongPropertyType", "a truth value, not a number"),
     (change("Boolean", "XMin", True), "WrongPropertyType", "a number, not a truth value"),
-    (change("String", "Type", "SurfPlot"), "WrongPropertyType", "an enumeration, not a text"),
+    (change("String", "Type", "SurfPlot"), "WrongProperties", "not ScatterPlotProperties"),
+    (change("String", "Type", "Surf"), "UnknownLiteral", "mean 'SurfPlot'"),
     (change("String", "XData", "a"), "WrongPropertyType", "an element, not a text"),
     (change("String", "ColorMap", "jett"), "UnknownColorMap", "did you mean 'jet'"),
     (change("String", "Id", "other"), "DuplicateFigure", "'other'"),
@@ -109,6 +110,13 @@ def test_without_a_figure_there_is_nothing_to_change(figures):
         figures.carry_out(change("String", "Title", "x")(figures.model))
     with pytest.raises(TypeError, match="no command"):
         figures.carry_out(figures.view)
+    elsewhere = command.CreateFigure(kxsim.Model())
+    with pytest.raises(FigureError, match="another model"):
+        figures.carry_out(elsewhere)
+    assert elsewhere.is_valid and len(figures) == 0
+    figures.scatter(x="a", y="output")
+    figures.carry_out(change("String", "Type", "Histogram")(figures.model))
+    assert figures.current.Type is design.FigureType.Histogram
 
 
 def test_a_carried_out_command_can_be_undone_as_a_whole(figures):

@@ -121,6 +121,30 @@ def test_limits_hold_or_follow_and_grids_are_each_axis_own(figures, make):
     assert axes_of(figures).get_ylim() == (-5, 5)
 
 
+def test_of_one_limit_the_other_is_what_was_seen_when_the_figure_was_made(figures):
+    figures.scatter(x="a", y="sum", c="b", XMin=2, YMax=15, CMin=-10, XLimMode=False)
+    axes = axes_of(figures)
+    assert axes.get_xlim() == (2, pytest.approx(3.1)) and axes.get_ylim() == (
+        pytest.approx(10.45),
+        15,
+    )
+    assert layer(axes, "runs").get_clim() == (-10, 20)
+    figures.histogram("sum", YMax=9)
+    assert axes_of(figures).get_ylim() == (0, 9)
+    figures.surface(x="a", y="b", z="sum", ZMin=0)
+    assert axes_of(figures).get_zlim()[0] == 0 < 22 <= axes_of(figures).get_zlim()[1] < 24
+    figures.scatter(x="a", y="sum", XMin=2, XLimMode=True)
+    assert figures.properties().XMax == 0
+
+
+@pytest.mark.parametrize("given", [np.array([1.0, 2.0]), None, 3])
+@pytest.mark.parametrize("axis", ["x", "c"])
+def test_an_axis_is_told_names_not_values(figures, axis, given):
+    with pytest.raises(TypeError, match="columns of the results by their names, not a "):
+        figures.scatter(**{"y": "sum", axis: given})
+    assert len(figures) == 0
+
+
 @pytest.mark.parametrize(
     ("reduce", "expected"),
     [("End", [1, 1, 1, -1, -1]), ("Min", [1, 1, 1, -1, -1]), ("Max", [5] * 5), ("Mean", None)],
@@ -453,7 +477,10 @@ MAKING = [
     ),
     (lambda f: f.scatter(x="a", y="sum", Titel="x"), "UnknownProperty", "'Title'"),
     (lambda f: f.histogram("a", ZMin=1), "UnknownProperty", "no property 'ZMin'"),
-    (lambda f: f.scatter(x="a", y="sum", XMin=3), "InvalidLimits", "3 and 0"),
+    (lambda f: f.scatter(x="a", y="sum", XMin=4), "InvalidLimits", "4 and 3.1"),
+    (lambda f: f.scatter(x="a", y="sum", Title=3), "WrongPropertyType", "'Title' is a text"),
+    (lambda f: f.scatter(x="a", y=""), "UnknownQuantity", "no parameter or output ''"),
+    (lambda f: f.scatter(x="a", y=[]), "NoData", "axis Y"),
     (lambda f: f.scatter(x="a", y="sum", YMin=float("nan"), YMax=1), "InvalidLimits", "axis Y"),
     (lambda f: f.surface(x="a", y="b", z="sum", ColorMap="Virids"), "UnknownColorMap", "'viridis'"),
     (lambda f: f.custom("nowhere"), "UnknownPlot", "'nowhere'"),

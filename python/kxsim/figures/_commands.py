@@ -6,6 +6,7 @@ from collections.abc import Callable
 from typing import Any
 
 from kxsim.design.internal import command
+from kxsim.figures._errors import FigureError
 
 
 def _change(figures: Any, record: Any) -> None:
@@ -34,6 +35,8 @@ def carry_out(figures: Any, record: Any) -> Any:
     action = ACTIONS.get(type(record))
     if action is None:
         raise TypeError(f"this is no command: {record!r}")
+    if record.model() != figures.model:
+        raise FigureError("ForeignCommand")
     try:
         with figures.model.transaction():
             done = action(figures, record)

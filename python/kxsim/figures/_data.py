@@ -47,9 +47,18 @@ def data(
     """
     if isinstance(names, str):
         names = {names: label}
-    labels = names if isinstance(names, Mapping) else dict.fromkeys(names, label)
+    labels = _labels(names, label)
     reduce = literal(design.DataProcessingType, reduce, "reduction")
     return Data(dict(labels), reduce, literal(design.FigureDataSourceType, type, "type of source"))
+
+
+def _labels(names: Any, label: str) -> Mapping[str, str]:
+    """A label for each name."""
+    kind = getattr(getattr(names, "dtype", None), "kind", "U")
+    if not isinstance(names, Iterable) or kind in "biufc":
+        given = type(names).__name__
+        raise TypeError(f"an axis plots columns of the results by their names, not a {given}")
+    return names if isinstance(names, Mapping) else dict.fromkeys(names, label)
 
 
 def literal(enumeration: Any, given: Any, kind: str) -> str:

@@ -116,6 +116,16 @@ def draw(
     return sheet.picture
 
 
+def limits(picture: Picture, letter: str) -> tuple[Any, Any]:
+    """What an axis of a picture shows, or its colors; None without any."""
+    axes = picture.axes[0]
+    if letter == "C":
+        clim: tuple[Any, Any] = axes.collections[0].get_clim() if axes.collections else (None, None)
+        return clim
+    low, high = getattr(axes, f"get_{letter.lower()}lim")()
+    return low, high
+
+
 def _finish(sheet: Sheet) -> None:
     """The title, and under the plot what it does not show."""
     if not sheet.shown.any():

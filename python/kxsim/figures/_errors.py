@@ -38,9 +38,10 @@ MESSAGES = {
     "WrongProperties": "a {figure} has {kind}, not {given}",
     "UnknownProperty": "a {figure} has no property {name!r}",
     "WrongPropertyType": "{name!r} is {kind}, not {given}",
+    "ForeignCommand": "the command is in another model than the figures",
     # Runs and custom plots.
     "UnknownRun": "there is no run {name}; runs are numbered from 1 to {count}",
-    "UnknownPlot": "no plot configuration is designated by {name!r}",
+    "UnknownPlot": "no plot configuration is designated by {name!r}; `register` makes one",
     "AmbiguousPlot": "{count} plot configurations have the class {name!r}: designate one by its "
     "identity",
     "PlotClassNotFound": "the plot class {name!r} cannot be used: {reason}",

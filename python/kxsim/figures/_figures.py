@@ -74,10 +74,12 @@ class Figures:
 
         What an axis plots is the name of a parameter or an output, several of them, a mapping from
         names to labels, or `kxsim.figures.data(...)`; without one, what `create` takes. Keywords
-        are properties of the figure and of its properties object; limits that are given hold.
-        FigureError, and no figure, for names that are unknown and for what cannot be drawn.
+        are properties of the figure and of its properties object; limits that are given hold, and
+        beside a single one the other is what the axis would show now. FigureError, and no figure,
+        for names that are unknown and for what cannot be drawn; TypeError for arrays.
         """
-        return self._make("ScatterPlot", {"X": x, "Y": y, "C": c}, {"Colorbar": bool(c), **values})
+        values = {"Colorbar": _making.is_given(c), **values}
+        return self._make("ScatterPlot", {"X": x, "Y": y, "C": c}, values)
 
     def surface(self, x: What = (), y: What = (), z: What = (), **values: Any) -> design.Figure:
         """A surface z over x and y; arguments as those of `scatter`."""
@@ -150,7 +152,10 @@ class Figures:
         setattr(owner, name, value)
 
     def delete(self, figure: Any = None) -> None:
-        """Destroys a figure, given itself or by its Id, and its properties object."""
+        """Destroys a figure, given itself or by its Id, and its properties object.
+
+        `figure.destroy()` leaves the properties object, for another figure may have it.
+        """
         figure = self._found(figure)
         with self.model.transaction():
             properties = self._links.owned(figure)
@@ -248,7 +253,8 @@ class Figures:
     def save(self, folder: str | os.PathLike[str], format: str = "png") -> list[Path]:
         """Draws every figure into a file of its own, named after its place and title.
 
-        Nothing is written when one of them cannot be drawn.
+        Files of the same names are replaced and others stay, so that fewer or renamed figures
+        leave those of before. Nothing is written when one of them cannot be drawn.
         """
         from kxsim.figures import _draw
 
