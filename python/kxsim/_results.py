@@ -7,6 +7,7 @@ import json
 import os
 from collections import Counter
 from collections.abc import Mapping
+from numbers import Integral
 from typing import TYPE_CHECKING, Any
 
 if TYPE_CHECKING:
@@ -29,8 +30,8 @@ class Results:
         self.errors: dict[int, str] = {}
         self.interrupted = False
 
-    def record(self, k: int, state: str, outputs: dict[str, Any] | None, error: str) -> None:
-        self.states[k] = state
+    def record(self, k: int, outputs: Any, error: str) -> None:
+        self.states[k] = "failed" if error else "finished"
         self.outputs[k] = outputs
         if error:
             self.errors[k] = error
@@ -49,7 +50,7 @@ class Results:
 
         columns = self._first(_html.ROWS).columns()
         if "error" in columns:
-            columns["error"] = [each and each.strip().splitlines()[-1] for each in columns["error"]]
+            columns["error"] = [each and first_line(each) for each in columns["error"]]
         keys = columns.pop("run")
         rows = {int(key): {n: c[k] for n, c in columns.items()} for k, key in enumerate(keys)}
         return _html.table(repr(self), rows, len(self))
@@ -122,7 +123,15 @@ def _free(name: str, kind: str, taken: Mapping[str, Any]) -> str:
     return name
 
 
+def first_line(error: str) -> str:
+    """What was raised, of its traceback: the line after the frames, for it may have several."""
+    lines = error.strip().splitlines() or [""]
+    frame = max((k for k, line in enumerate(lines) if line.startswith('  File "')), default=-1)
+    return next((line for line in lines[frame + 1 :] if not line.startswith(" ")), lines[-1])
+
+
 def _as_numbers(column: Any) -> Any:
+    """An array if it says the same as the column: a float has no more than 53 bits."""
     import numpy
 
     if isinstance(column, numpy.ndarray):
@@ -132,7 +141,11 @@ def _as_numbers(column: Any) -> Any:
         return column
     if kinds == {bool} or any(issubclass(kind, bool) for kind in kinds):
         return column
-    return numpy.array([numpy.nan if value is None else value for value in column])
+    array = numpy.array([numpy.nan if value is None else value for value in column])
+    if array.dtype.kind == "f":
+        whole = (value for value in column if isinstance(value, Integral))
+        return array if all(int(float(value)) == value for value in whole) else column
+    return column if array.dtype.kind == "O" else array
 
 
 def _text(value: Any) -> str | None:

@@ -1,50 +1,27 @@
-"""Carrying out the runs of a study: any callable, any executor, in chunks.
+"""Carrying out the runs of a study: any callable, any executor.
 
 Workers get a run's values as a dict and give back plain Python values; elements stay in this
-process. Chunks are handed over a few at a time, so that a study of any length starts at once and
-ends soon when it is told to.
+process.
 """
 
 from __future__ import annotations
 
 import os
 import pickle
-import signal
-import socket
 import time
-import traceback
-from collections.abc import Callable, Iterable, Iterator, Mapping
-from concurrent.futures import (
-    FIRST_COMPLETED,
-    BrokenExecutor,
-    Executor,
-    Future,
-    ProcessPoolExecutor,
-    ThreadPoolExecutor,
-    wait,
-)
-from contextlib import contextmanager
-from itertools import islice
-from typing import TYPE_CHECKING, Any, NamedTuple
+from collections.abc import Callable, Iterator, Mapping
+from concurrent.futures import Executor
+from contextlib import closing, contextmanager
+from typing import TYPE_CHECKING, Any
 
-from kxsim._results import Results
+from kxsim._pools import POOLS, Pools, Queue, carry_out
+from kxsim._results import Results, first_line
+from kxsim._work import Outcome, Run
 
 if TYPE_CHECKING:
     from kinetra.simmanager import mm
 
     from kxsim.study import Study
-
-Chunk = list[tuple[int, dict[str, Any]]]
-
-
-class Outcome(NamedTuple):
-    """Of one run, as a worker tells it; the error is text, for not every exception can travel."""
-
-    k: int
-    outputs: dict[str, Any] | None
-    error: str
-    seconds: float = 0.0
-    machine: str = ""
 
 
 def run(
@@ -62,101 +39,71 @@ def run(
 
     The function gets a dict and returns a number, an array or a mapping of names to such. With
     `executor` "processes" it must be importable (defined in a module, no lambda); "threads",
-    "serial" and any `concurrent.futures.Executor` are there besides. `chunk` runs are handed over
-    and come back at a time, two chunks for each worker: one run within this process, up to 64
-    elsewhere. `progress` shows a bar: by default on a terminal.
+    "serial" and any `concurrent.futures.Executor` are there besides. Runs are handed over and come
+    back in chunks, two for each worker: one run within this process, elsewhere as many as take a
+    fifth of a second, or `chunk` of them. `progress` shows a bar: by default on a terminal.
 
-    A run that raises is recorded with its error and the others go on; with `stop_on_error` none is
-    handed over after the first that failed (True) or once more than that share of all runs did.
+    A run that raises is recorded with its error and the others go on; so is one that ends its
+    process, after which runs that were under way are carried out again. With `stop_on_error` none
+    is handed over after the first that failed (True) or once more than that share of all runs did.
     Ctrl-C ends the runs, and what has come back is returned, with `interrupted` set.
 
-    Each run is recorded in the job as it ends: in `job`, or in a new one of the study's model.
+    Each run is recorded in the job as it ends: in `job`, or in a new one of the study's model. What
+    an observer of the model or an executor of the caller's raises ends the runs; such an error has
+    `results`, with what has come until then.
     """
     from kinetra.simmanager import mm
 
-    if any(each is not None and each < 1 for each in (workers, chunk)):
-        raise ValueError("workers and chunk are positive integers")
-    if not 0 <= stop_on_error <= 1:
-        raise ValueError("stop_on_error is true, false or a share of the runs, from 0 to 1")
-    _check(function, executor)
+    _check(function, executor, workers, chunk)
+    _check_share(stop_on_error)
+    inputs = study.columns()
+    total = len(study.runs)
+    if total != len(study):
+        raise ValueError(
+            f"the study has {len(study):,} runs now, but {total:,} were made before it changed; "
+            "Study.of(study.space) makes them anew"
+        )
     if executor == "serial":
         workers = 1
     workers = workers or getattr(executor, "_max_workers", None) or os.cpu_count() or 1
-    inputs = study.columns()
-    total = len(study)
-    if chunk is None:
-        is_near = executor in ("threads", "serial") or stop_on_error is True
-        chunk = 1 if is_near else max(1, min(64, total // (workers * 16)))
+    if chunk is None and (executor in ("threads", "serial") or stop_on_error is True):
+        chunk = 1
     job = job or mm.Job(study.model)
     job.StartTime, job.NumWorkers = time.time(), workers
     results = Results(job, inputs, total)
-    try:
-        with _executor(executor, workers) as pool, _bar(total, progress) as bar:
-            chunks = _chunks(inputs, total, chunk)
-            window = 1 if executor == "serial" else 2 * workers
-            for outcomes in _carry_out(pool, function, chunks, window, results, stop_on_error):
-                _record(job, results, outcomes)
+    queue = Queue(_runs(inputs, total), total, chunk, workers)
+    window = 1 if executor == "serial" else 2 * workers
+    with _recording(results), Pools(executor, workers) as pools, _bar(total, progress) as bar:
+        runs = carry_out(function, queue, pools, window, lambda: _is_enough(results, stop_on_error))
+        with closing(runs):
+            for outcomes in runs:
+                _record(results, outcomes)
                 bar.update(len(outcomes))
-    except KeyboardInterrupt:
-        results.interrupted = True
-    finally:
-        job.FinishTime = time.time()
     return results
 
 
-# In workers --------------------------------------------------------------------------------------
-
-
-def _named(result: Any) -> dict[str, Any]:
-    if result is None:
-        return {}
-    if not isinstance(result, Mapping):
-        return {"output": result}
-    unnamed = next((key for key in result if not isinstance(key, str)), None)
-    if unnamed is not None:
-        raise TypeError(f"outputs are named by str, not by {unnamed!r}")
-    return dict(result)
-
-
-def _work(function: Callable, chunk: Chunk) -> list[Outcome]:
-    machine = socket.gethostname()
-    outcomes = []
-    for k, values in chunk:
-        began = time.perf_counter()
-        outputs, error = None, ""
+@contextmanager
+def _recording(results: Results) -> Iterator[None]:
+    """Whatever ends the runs leaves what has come: in the results, which an error has with it."""
+    try:
         try:
-            outputs = _named(function(values))
-        except Exception:
-            error = traceback.format_exc()
-        outcomes.append(Outcome(k, outputs, error, time.perf_counter() - began, machine))
-    return outcomes
+            yield
+        except KeyboardInterrupt:
+            results.interrupted = True
+        finally:
+            results.job.FinishTime = time.time()
+    except Exception as error:
+        error.results = results  # type: ignore[attr-defined]
+        error.add_note(f"This ended the runs; `results` of the error has what came: {results!r}")
+        raise
 
 
-def _leave_interrupts_to_the_parent() -> None:
-    signal.signal(signal.SIGINT, signal.SIG_IGN)
-
-
-# Executors ---------------------------------------------------------------------------------------
-
-
-class _Serial(Executor):
-    def submit(self, function: Callable, /, *arguments: Any, **keywords: Any) -> Future:
-        future: Future = Future()
-        future.set_result(function(*arguments, **keywords))
-        return future
-
-
-# By the names that callers give them, for so many workers.
-POOLS: dict[Any, Callable[[int], Executor]] = {
-    "processes": lambda workers: ProcessPoolExecutor(
-        workers, initializer=_leave_interrupts_to_the_parent
-    ),
-    "threads": ThreadPoolExecutor,
-    "serial": lambda workers: _Serial(),
-}
-
-
-def _check(function: Callable, executor: str | Executor) -> None:
+def _check(
+    function: Callable, executor: str | Executor, workers: int | None, chunk: int | None
+) -> None:
+    for number in (workers, chunk):
+        if number is not None and (not isinstance(number, int) or number < 1):
+            raise ValueError(f"workers and chunk are positive integers, not {number!r}")
     if not isinstance(executor, Executor) and executor not in POOLS:
         raise ValueError(f"no such executor: {executor!r}; {', '.join(POOLS)} or an Executor")
     if not callable(function):
@@ -172,23 +119,21 @@ def _check(function: Callable, executor: str | Executor) -> None:
         ) from error
 
 
-@contextmanager
-def _executor(kind: str | Executor, workers: int) -> Iterator[Executor]:
-    """The caller's, left open, or one of our own, ended with what it is doing when interrupted."""
-    if isinstance(kind, Executor):
-        yield kind
+def _check_share(stop_on_error: bool | float) -> None:
+    if isinstance(stop_on_error, bool):
         return
-    pool = POOLS[kind](workers)
-    try:
-        yield pool
-    except BaseException:
-        processes = list((getattr(pool, "_processes", None) or {}).values())
-        # Before they end: a pool that finds them broken says so in a thread of its own.
-        pool.shutdown(wait=False, cancel_futures=True)
-        for process in processes:
-            process.terminate()
-        raise
-    pool.shutdown()
+    if not isinstance(stop_on_error, float) or not 0 < stop_on_error < 1:
+        raise ValueError(
+            "stop_on_error is True (at the first error), False or a share of the runs between 0 "
+            f"and 1, not {stop_on_error!r}"
+        )
+
+
+def _is_enough(results: Results, stop_on_error: bool | float) -> bool:
+    failed = len(results.errors)
+    if isinstance(stop_on_error, bool):
+        return stop_on_error and failed > 0
+    return failed > stop_on_error * len(results)
 
 
 @contextmanager
@@ -200,73 +145,22 @@ def _bar(total: int, progress: bool | None) -> Iterator[Any]:
         yield bar
 
 
-# Here --------------------------------------------------------------------------------------------
-
-
-def _chunks(inputs: Mapping[str, Any], total: int, size: int) -> Iterator[Chunk]:
+def _runs(inputs: Mapping[str, Any], total: int) -> Iterator[Run]:
     columns = [each.tolist() if hasattr(each, "tolist") else each for each in inputs.values()]
     rows = zip(*columns, strict=True) if inputs else iter([()] * total)
-    numbered = enumerate(dict(zip(inputs, row, strict=True)) for row in rows)
-    while chunk := list(islice(numbered, size)):
-        yield chunk
+    return enumerate(dict(zip(inputs, row, strict=True)) for row in rows)
 
 
-def _outcomes_of(future: Future, chunk: Chunk) -> list[Outcome]:
-    """What a chunk gave; when it could not come back, the same error for each of its runs."""
-    try:
-        return future.result()
-    except Exception as error:
-        text = "".join(traceback.format_exception_only(error))
-        return [Outcome(k, None, text) for k, _ in chunk]
-
-
-def _is_enough(results: Results, stop_on_error: bool | float) -> bool:
-    failed = len(results.errors)
-    if isinstance(stop_on_error, bool):
-        return stop_on_error and failed > 0
-    return failed > stop_on_error * len(results)
-
-
-def _carry_out(
-    pool: Executor,
-    function: Callable,
-    chunks: Iterator[Chunk],
-    window: int,
-    results: Results,
-    stop_on_error: bool | float,
-) -> Iterator[list[Outcome]]:
-    """Yields the outcomes of chunks as they come; at most `window` chunks are under way."""
-    pending: dict[Future, Chunk] = {}
-    try:
-        while True:
-            for chunk in islice(chunks, window - len(pending)):
-                try:
-                    pending[pool.submit(_work, function, chunk)] = chunk
-                except BrokenExecutor:
-                    chunks = iter(())
-                    break
-            if not pending:
-                return
-            done, _ = wait(pending, return_when=FIRST_COMPLETED)
-            for future in done:
-                yield _outcomes_of(future, pending.pop(future))
-            if _is_enough(results, stop_on_error):
-                chunks = iter(())
-                pending = {each: pending[each] for each in pending if not each.cancel()}
-    finally:
-        for future in pending:
-            future.cancel()
-
-
-def _record(job: mm.Job, results: Results, outcomes: Iterable[Outcome]) -> None:
+def _record(results: Results, outcomes: list[Outcome]) -> None:
+    for outcome in outcomes:
+        results.record(outcome.k, outcome.outputs, outcome.error)
+    job = results.job
     with job.model().transaction():
         for outcome in outcomes:
-            state = "failed" if outcome.error else "finished"
-            results.record(outcome.k, state, outcome.outputs, outcome.error)
             job.createIntoSimulationRuns(
                 RunId=outcome.k + 1,
-                State=state,
-                StatusString=outcome.error.strip().rpartition("\n")[2],
+                State=results.states[outcome.k],
+                StatusString=first_line(outcome.error) if outcome.error else "",
                 Progress=1.0,
                 SimElapsedWallTime=outcome.seconds,
                 Machine=outcome.machine,

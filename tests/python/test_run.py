@@ -13,7 +13,8 @@ import kxsim
 import numpy as np
 import pandas
 import pytest
-from kxsim.study import grid, values, zipped
+from kinetra.simmanager import mm
+from kxsim.study import Study, grid, values, zipped
 
 
 def area(run):
@@ -25,9 +26,11 @@ def reciprocal(run):
 
 
 def deadly(run):
-    if run["a"] == 2:
+    if run["a"] == 3:
+        raise SystemExit("bye")
+    if run["a"] % 20 == 2:
         os._exit(3)
-    return run["a"]
+    return (lambda: 1) if run["a"] == 4 else run["a"]
 
 
 @pytest.mark.parametrize("executor", ["processes", "threads", "serial", ThreadPoolExecutor(2)])
@@ -65,15 +68,69 @@ def test_a_failing_run_keeps_its_error_and_the_others_go_on():
     assert repr(results) == "<results of 3 runs: 2 finished, 1 failed, 0 not run>"
 
 
-@pytest.mark.parametrize(("limit", "begun"), [(True, 1), (0.25, 21), (1.0, 80), (False, 80)])
+@pytest.mark.parametrize(("limit", "begun"), [(True, 1), (0.25, 21), (False, 80)])
 def test_it_stops_when_enough_have_failed(limit, begun):
     results = values("a", [0] * 80).run(reciprocal, executor="serial", stop_on_error=limit)
     assert 80 - results.states.count("not run") == begun == len(results.job.SimulationRuns)
 
 
-def test_a_worker_that_dies_fails_its_runs_and_nothing_hangs():
-    results = values("a", [1, 2, 3, 4]).run(deadly, workers=1, chunk=1)
-    assert results.states[1] == "failed" and "terminated abruptly" in results.errors[1]
+@pytest.mark.parametrize("chunk", [None, 10])
+def test_runs_that_end_their_process_fail_alone(chunk):
+    results = values("a", range(40)).run(deadly, workers=2, chunk=chunk)
+    assert sorted(results.errors) == [2, 3, 4, 22]
+    assert [results.outputs[k]["output"] for k in (0, 1, 5, 21, 39)] == [0, 1, 5, 21, 39]
+    words = {run.RunId: run.StatusString for run in results.job.SimulationRuns}
+    assert len(words) == 40 and "process ended" in words[3] and "process ended" in words[23]
+    assert words[4] == "SystemExit: bye" and "lambda" in words[5]
+
+
+class Refusing(ThreadPoolExecutor):
+    def submit(self, function, runs, *arguments):
+        raise RuntimeError("the cluster is gone")
+
+
+class Odd(ThreadPoolExecutor):
+    def submit(self, *call):
+        return super().submit(lambda: "junk")
+
+
+@pytest.mark.parametrize("executor", [Refusing(1), Odd(1), "serial"])
+def test_an_error_that_ends_the_runs_has_their_results(executor):
+    study = values("a", [1, 2, 3]).build()
+
+    def observer(changes):
+        if study.model.elements(mm.SimulationRun, RunId=2):
+            raise RuntimeError("no more")
+
+    subscription = study.model.observe(observer)
+    with pytest.raises(Exception, match="cluster is gone|junk|no more") as raised:
+        study.run(reciprocal, executor=executor)
+    results = raised.value.results
+    assert results.states.count("finished") == (2 if executor == "serial" else 0)
+    assert results.job.FinishTime > 0
+    subscription.end()
+
+
+def test_a_study_that_changed_after_its_runs_were_made_is_refused():
+    study = values("a", [1, 2])
+    assert len(study.runs) == 2
+    study.space.Values = [1, 2, 3]
+    with pytest.raises(ValueError, match="made before it changed"):
+        study.run(reciprocal, executor="serial")
+    assert len(Study.of(study.space).run(reciprocal, executor="serial")) == 3
+
+
+def spoiling(run):
+    run["a"].append(run["a"].pop()["x"])
+    return np.random.random()
+
+
+def test_runs_neither_share_what_they_change_nor_random_numbers():
+    study = values("a", [[{"x": k}] for k in range(8)])
+    for executor in ("serial", "processes"):
+        results = study.run(spoiling, executor=executor, workers=4, chunk=1)
+        assert results.columns()["a"][7] == [{"x": 7}]
+    assert len({row["output"] for row in results.outputs}) == 8
 
 
 def test_an_interrupt_leaves_what_has_come():
@@ -164,7 +221,9 @@ MISTAKES = [
     (lambda s: kxsim.run(s, area, workers=-1), ValueError, "positive"),
     (lambda s: kxsim.run(s, area, workers=0), ValueError, "positive"),
     (lambda s: kxsim.run(s, area, chunk=0), ValueError, "positive"),
-    (lambda s: kxsim.run(s, area, stop_on_error=5), ValueError, "from 0 to 1"),
+    (lambda s: kxsim.run(s, area, workers=1.5), ValueError, "positive"),
+    (lambda s: kxsim.run(s, area, stop_on_error=1), ValueError, "between 0 and 1"),
+    (lambda s: kxsim.run(s, area, stop_on_error=1.0), ValueError, "between 0 and 1"),
 ]
 
 
