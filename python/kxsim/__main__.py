@@ -14,6 +14,7 @@ from typing import Any
 
 import kxsim
 from kxsim import _describe
+from kxsim._results import first_line
 from kxsim._study_file import Refused, defined, load, study_in, told
 
 EPILOG = """\
@@ -71,22 +72,35 @@ def run(options: argparse.Namespace) -> int:
         _need("matplotlib", "a study file with figures")
     _check_output(options.output)
     print(f"{len(study):,} runs", file=sys.stderr)
-    results = study.run(
-        simulate,
-        executor=options.executor,
-        workers=options.workers,
-        chunk=options.chunk,
-        progress=False if options.quiet else None,
-        stop_on_error=options.stop_on_error,
-    )
+    results, failure = _carry_out(study, simulate, options)
     write = results.to_parquet if options.output.suffix == ".parquet" else results.to_csv
     write(options.output)
     print(f"{results}\nwritten to {options.output}")
     for k in sorted(results.errors)[:3]:
-        print(f"run {k + 1}: {results.errors[k].strip().splitlines()[-1]}")
+        print(f"run {k + 1}: {first_line(results.errors[k])}")
+    if failure is not None:
+        raise failure
     if make_figures is not None:
         _save_pictures(make_figures, results, options)
     return 1 if results.errors or results.interrupted else 0
+
+
+def _carry_out(study: Any, simulate: Any, options: argparse.Namespace) -> tuple[Any, Any]:
+    """The results, and what ended the runs before their end."""
+    try:
+        results = study.run(
+            simulate,
+            executor=options.executor,
+            workers=options.workers,
+            chunk=options.chunk,
+            progress=False if options.quiet else None,
+            stop_on_error=options.stop_on_error,
+        )
+    except Exception as error:
+        if not hasattr(error, "results"):
+            raise
+        return error.results, error
+    return results, None
 
 
 def _save_pictures(make: Any, results: Any, options: argparse.Namespace) -> None:
@@ -210,7 +224,7 @@ def main(arguments: Sequence[str] | None = None) -> int:
         if words is None:
             raise
         print(words, file=sys.stderr)
-        return 2
+        return 1 if hasattr(error, "results") else 2
 
 
 if __name__ == "__main__":

@@ -8,7 +8,7 @@ from __future__ import annotations
 
 import math
 import traceback
-from collections.abc import Callable, Iterator
+from collections.abc import Callable, Generator, Iterator
 from concurrent.futures import (
     FIRST_COMPLETED,
     BrokenExecutor,
@@ -151,7 +151,7 @@ def carry_out(
     pools: Pools,
     window: int,
     is_enough: Callable[[], bool],
-) -> Iterator[list[Outcome]]:
+) -> Generator[list[Outcome], None, None]:
     """Yields the outcomes of chunks as they come; at most `window` chunks are under way."""
     home = _work.place()
     pending: dict[Future, tuple[Chunk, Executor]] = {}

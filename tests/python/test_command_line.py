@@ -133,6 +133,22 @@ def test_a_seed_gives_the_same_draws_again(folder):
     assert first == again != other and first[0] == other[0] == 0
 
 
+def test_what_ends_a_study_leaves_its_results(folder):
+    observer = """
+from kinetra.simmanager import mm
+def watch(changes):
+    if study.model.elements(mm.SimulationRun, RunId=2):
+        raise RuntimeError("disk full")
+subscription = study.model.observe(watch)
+"""
+    (folder / "watched.py").write_text(STUDY + observer)
+    code, out, err = kxsim(folder, "run", "watched.py", "--executor", "serial")
+    assert code == 1 and "1 finished, 1 failed, 2 not run" in out and "disk full" in err
+    assert len((folder / "results.csv").read_text().splitlines()) > 4
+    code, _, err = kxsim(folder, "run", "two_by_two.py", "--stop-on-error", "1")
+    assert code == 2 and "between 0 and 1" in err
+
+
 def test_long_traces_are_written_into_a_new_folder_and_shown(folder):
     (folder / "long.py").write_text(STUDY.replace('run["c"] / run["a"]', "[5.0] * 60_000"))
     code, out, _ = kxsim(folder, "run", "long.py", "-o", "new/results.csv", "--workers", "2")
