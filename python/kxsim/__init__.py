@@ -26,7 +26,7 @@ from kxsim._distributions import distribution, seed
 from kxsim._errors import HostError
 from kxsim._states import SimState
 
-__all__ = ["HostError", "Model", "SimState", "distribution", "run", "seed"]
+__all__ = ["HostError", "Model", "SimState", "distribution", "load", "run", "seed"]
 __version__ = "0.1.0"
 
 
@@ -45,6 +45,7 @@ if TYPE_CHECKING:
 
     from kxsim import design as design
     from kxsim import dist as dist
+    from kxsim._reading import load
     from kxsim._run import run
 else:
 
@@ -55,8 +56,12 @@ else:
             from kxsim._run import run
 
             return run
+        if name == "load":
+            from kxsim._reading import load
+
+            return load
         return _packages.member(sys.modules[__name__], name)
 
 
 def __dir__() -> list[str]:
-    return sorted({*globals(), "Model", "run", *_packages.members(__name__)})
+    return sorted({*globals(), "Model", "load", "run", *_packages.members(__name__)})

@@ -13,22 +13,33 @@ from typing import TYPE_CHECKING, Any
 if TYPE_CHECKING:
     from kinetra.simmanager import mm
 
+STATES = ("finished", "failed", "not run")
+
 
 class Results:
     """Inputs, states, outputs and errors of all runs, also of those that never began.
 
     `states` has "finished", "failed" or "not run" for each run, `outputs` a dict or None, `errors`
     the text of what a failing run raised, by the run's place from 0. `job` is the record in the
-    model.
+    model; results that were unpickled or read from a file (`kxsim.load`) get one of their own.
     """
 
-    def __init__(self, job: mm.Job, inputs: Mapping[str, Any], count: int) -> None:
-        self.job = job
+    def __init__(self, job: mm.Job | None, inputs: Mapping[str, Any], count: int) -> None:
+        self._job = job
         self.inputs = dict(inputs)
-        self.states = ["not run"] * count
+        self.states = [STATES[-1]] * count
         self.outputs: list[dict[str, Any] | None] = [None] * count
         self.errors: dict[int, str] = {}
         self.interrupted = False
+
+    @property
+    def job(self) -> mm.Job:
+        if self._job is None:
+            self._job = _new_job(self)
+        return self._job
+
+    def __getstate__(self) -> dict[str, Any]:
+        return {**self.__dict__, "_job": None}  # elements stay in their process
 
     def record(self, k: int, outputs: Any, error: str) -> None:
         self.states[k] = "failed" if error else "finished"
@@ -41,7 +52,7 @@ class Results:
 
     def __repr__(self) -> str:
         counts = Counter(self.states)
-        words = [f"{counts[state]:,} {state}" for state in ("finished", "failed", "not run")]
+        words = [f"{counts[state]:,} {state}" for state in STATES]
         end = ", interrupted" if self.interrupted else ""
         return f"<results of {len(self):,} runs: {', '.join(words)}{end}>"
 
@@ -58,7 +69,7 @@ class Results:
     def _first(self, count: int) -> Results:
         """The results of the first runs."""
         inputs = {name: column[:count] for name, column in self.inputs.items()}
-        first = Results(self.job, inputs, min(count, len(self)))
+        first = Results(self._job, inputs, min(count, len(self)))
         first.states, first.outputs = self.states[:count], self.outputs[:count]
         first.errors = {k: error for k, error in self.errors.items() if k < count}
         return first
@@ -79,7 +90,7 @@ class Results:
             columns[_free(name, "output", columns)] = column
         if self.errors:
             columns["error"] = [self.errors.get(k) for k in range(len(self))]
-        return {name: _as_numbers(column) for name, column in columns.items()}
+        return {name: as_numbers(column) for name, column in columns.items()}
 
     def to_pandas(self) -> Any:
         """A data frame; needs pandas."""
@@ -117,6 +128,22 @@ class Results:
             )
 
 
+def _new_job(results: Results) -> mm.Job:
+    from kinetra.simmanager import mm
+
+    import kxsim
+
+    job = mm.Job(kxsim.Model())
+    with job.model().transaction():
+        for k, state in enumerate(results.states):
+            if state != "not run":
+                error = first_line(results.errors.get(k, ""))
+                job.createIntoSimulationRuns(
+                    RunId=k + 1, State=state, StatusString=error, Progress=1.0
+                )
+    return job
+
+
 def _free(name: str, kind: str, taken: Mapping[str, Any]) -> str:
     while name in taken or name in ("run", "state", "error"):
         name = f"{name} ({kind})"
@@ -130,7 +157,7 @@ def first_line(error: str) -> str:
     return next((line for line in lines[frame + 1 :] if not line.startswith(" ")), lines[-1])
 
 
-def _as_numbers(column: Any) -> Any:
+def as_numbers(column: Any) -> Any:
     """An array if it says the same as the column: a float has no more than 53 bits."""
     import numpy
 

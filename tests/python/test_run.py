@@ -2,6 +2,7 @@
 
 import csv
 import os
+import pickle
 import signal
 import subprocess
 import sys
@@ -14,6 +15,7 @@ import numpy as np
 import pandas
 import pytest
 from kinetra.simmanager import mm
+from kxsim.figures import Figures, data
 from kxsim.study import Study, grid, values, zipped
 
 
@@ -212,6 +214,39 @@ def test_results_are_tables_elsewhere(tmp_path):
     assert back["mixed"].tolist() == ["3", '{"k": 1}'] and back["run"].tolist() == [1, 2]
     assert [list(trace) for trace in back["trace"]] == [[], [0]]
     assert back["key"][0] == "{(1, 2): 3}" and back["huge"][0] == str(2**70)
+
+
+def written(run):
+    if not run["a"]:
+        raise ValueError("first\nsecond")
+    return {"n": 2**60 + 1, "on": True, "code": "007", "trace": np.arange(3.0), "map": np.eye(2)}
+
+
+@pytest.mark.parametrize("way", ["results.csv", "results.parquet", "pickle"])
+def test_results_are_read_again(tmp_path, way):
+    study = grid(a=[1, 0, 2], b=["x", "y"])
+    results = study.run(written, executor="serial", stop_on_error=0.2)
+    if way == "pickle":
+        back = pickle.loads(pickle.dumps(results))
+    else:
+        (results.to_csv if "csv" in way else results.to_parquet)(tmp_path / way)
+        back = kxsim.load(tmp_path / way)
+    assert back.states == results.states and back.errors == results.errors
+    assert list(back.inputs) == ["a", "b"] and back.inputs["b"] == results.inputs["b"]
+    np.testing.assert_array_equal(back.inputs["a"], results.inputs["a"])
+    last = back.outputs[3]
+    assert (last["n"], last["on"], last["code"]) == (2**60 + 1, True, "007")
+    assert list(last["trace"]) == [0, 1, 2] and np.array(last["map"]).tolist() == [[1, 0], [0, 1]]
+    told = [run.StatusString for run in back.job.SimulationRuns if run.State == "failed"]
+    assert told == ["ValueError: first"] * 2
+    Figures(back).scatter(x="a", y=data("trace", reduce="Trace"))
+
+
+@pytest.mark.parametrize("text", ["", "a,b\n1,2\n", "run,state\n1,2,3\n", "run,a,state\n1,2,odd\n"])
+def test_what_holds_no_results_is_refused(tmp_path, text):
+    (tmp_path / "other.csv").write_text(text)
+    with pytest.raises(ValueError, match="other.csv"):
+        kxsim.load(tmp_path / "other.csv")
 
 
 MISTAKES = [
