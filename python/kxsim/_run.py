@@ -56,13 +56,7 @@ def run(
 
     _check(function, executor, workers, chunk)
     _check_share(stop_on_error)
-    inputs = study.columns()
-    total = len(study.runs)
-    if total != len(study):
-        raise ValueError(
-            f"the study has {len(study):,} runs now, but {total:,} were made before it changed; "
-            "Study.of(study.space) makes them anew"
-        )
+    inputs, total = _inputs(study)
     if executor == "serial":
         workers = 1
     workers = workers or getattr(executor, "_max_workers", None) or os.cpu_count() or 1
@@ -143,6 +137,16 @@ def _bar(total: int, progress: bool | None) -> Iterator[Any]:
     disable = None if progress is None else not progress
     with tqdm(total=total, unit="run", disable=disable) as bar:
         yield bar
+
+
+def _inputs(study: Study) -> tuple[dict[str, Any], int]:
+    inputs, total = study.columns(), len(study.runs)
+    if total != len(study):
+        raise ValueError(
+            f"the study has {len(study):,} runs now, but {total:,} were made before it changed; "
+            "Study.of(study.space) makes them anew"
+        )
+    return inputs, total
 
 
 def _runs(inputs: Mapping[str, Any], total: int) -> Iterator[Run]:

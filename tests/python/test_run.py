@@ -8,6 +8,7 @@ import subprocess
 import sys
 import textwrap
 import threading
+import time
 from concurrent.futures import ThreadPoolExecutor
 
 import kxsim
@@ -84,6 +85,17 @@ def test_runs_that_end_their_process_fail_alone(chunk):
     words = {run.RunId: run.StatusString for run in results.job.SimulationRuns}
     assert len(words) == 40 and "process ended" in words[3] and "process ended" in words[23]
     assert words[4] == "SystemExit: bye" and "lambda" in words[5]
+
+
+def slow_in_between(run):
+    time.sleep(0.15 if 100 <= run["a"] < 106 else 0)
+    return run["a"]
+
+
+def test_what_a_chunk_has_no_time_for_is_carried_out_once():
+    results = values("a", range(140)).run(slow_in_between, workers=2)
+    assert results.columns()["output"].tolist() == list(range(140))
+    assert len(results.job.SimulationRuns) == 140
 
 
 class Refusing(ThreadPoolExecutor):
