@@ -5,10 +5,10 @@ from __future__ import annotations
 import difflib
 import enum
 import types
-from collections.abc import Callable, Mapping
+from collections.abc import Callable, Iterable, Mapping
 from typing import TYPE_CHECKING, Any
 
-from kxsim import _host
+from kxsim import _dist, _host
 from kxsim._errors import HostError, always
 
 if TYPE_CHECKING:
@@ -58,7 +58,12 @@ class HostObject(_host.Object):
         for name in values:
             if name not in self.__host_properties__:
                 _refuse_keyword(type(self), name)
-        _construct(self, self.__host_name__, arguments, values)
+        try:
+            _construct(self, self.__host_name__, arguments, values)
+        except HostError as error:
+            if error.key == "CannotConvert" and values:
+                error.add_note(f"Given were {', '.join(map(repr, values))}.")
+            raise
 
     def __reduce__(self) -> Any:
         raise TypeError(f"{type(self).__host_name__} can be neither copied nor pickled")
@@ -111,9 +116,14 @@ class NamedObject(HostObject):
 
 
 def _refuse_keyword(cls: type[HostObject], name: str) -> None:
-    near = difflib.get_close_matches(name, cls.__host_properties__, n=1)
-    hint = f"; did you mean {near[0]!r}?" if near else ""
+    hint = nearest(name, cls.__host_properties__)
     raise TypeError(f"{cls.__name__} has no property {name!r}{hint}")
+
+
+def nearest(name: str, names: Iterable[str]) -> str:
+    """A hint at the name that may have been meant; empty when there is none."""
+    near = difflib.get_close_matches(name, names, n=1)
+    return f"; did you mean {near[0]!r}?" if near else ""
 
 
 def class_for(name: str) -> type:
@@ -197,7 +207,7 @@ def _is_plain(data_type: str) -> bool:
 def _class_doc(described: dict[str, Any]) -> str:
     constructor = next((m for m in described["members"] if m["kind"] == "constructor"), None)
     if constructor is None:
-        return described["doc"]
+        return described["doc"] or _dist.DOCS.get(described["name"], "")
     return f"{described['doc']}\n\n{constructor['doc']}"
 
 

@@ -11,6 +11,7 @@ from types import GenericAlias
 from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar, overload
 
 from kxsim import _host
+from kxsim._dist import Distribution
 from kxsim._errors import HostError, always
 
 if TYPE_CHECKING:
@@ -296,4 +297,5 @@ EXTENSIONS = {
     "mf.zero.Set": Collection,
     "mf.zero.PrimitiveSet": Collection,
     "kxsim.design.Iteration": Run,
+    "kxsim.dist.Distribution": Distribution,
 }

@@ -32,38 +32,38 @@ class Distribution(NamedObject):
     def random(self, rows: int, columns: int, /) -> NDArray[Any]: ...
 
 class Uniform(Distribution):
-    """On [lower, upper]; both finite, lower below upper."""
+    """On [Lower, Upper]; both finite, Lower below Upper."""
 
-    def __init__(self, lower: float, upper: float, /) -> None: ...
+    def __init__(self, Lower: float, Upper: float) -> None: ...
 
 class Normal(Distribution):
     """Finite mean, positive finite standard deviation."""
 
-    def __init__(self, mean: float, standard_deviation: float, /) -> None: ...
+    def __init__(self, Mean: float, StandardDeviation: float) -> None: ...
 
 class Lognormal(Distribution):
-    """Exp of a normal; mu and sigma are those of the logarithm."""
+    """Exp of a normal; Mu and Sigma are those of the logarithm."""
 
-    def __init__(self, mu: float, sigma: float, /) -> None: ...
+    def __init__(self, Mu: float, Sigma: float) -> None: ...
 
 class Triangular(Distribution):
-    """lower <= mode <= upper, lower below upper, all finite."""
+    """Lower <= Mode <= Upper, Lower below Upper, all finite."""
 
-    def __init__(self, lower: float, mode: float, upper: float, /) -> None: ...
+    def __init__(self, Lower: float, Mode: float, Upper: float) -> None: ...
 
 class Exponential(Distribution):
     """Positive finite mean."""
 
-    def __init__(self, mean: float, /) -> None: ...
+    def __init__(self, Mean: float) -> None: ...
 
 class TruncatedNormal(Distribution):
-    """The normal given that it lies in [lower, upper]; either bound may be infinite."""
+    """The normal given that it lies in [Lower, Upper]; either bound may be infinite."""
 
     def __init__(
-        self, mean: float, standard_deviation: float, lower: float, upper: float, /
+        self, Mean: float, StandardDeviation: float, Lower: float, Upper: float
     ) -> None: ...
 
 class Choice(Distribution):
     """One of the values; equally likely, or by weights >= 0 that are not all 0."""
 
-    def __init__(self, values: Many[Any], weights: Many[float] = ..., /) -> None: ...
+    def __init__(self, Values: Many[Any], Weights: Many[float] | None = None) -> None: ...

@@ -1,5 +1,7 @@
 """Python objects as distributions: what counts as one, and which generator they draw from."""
 
+import inspect
+
 import kxsim
 import numpy as np
 import pytest
@@ -65,6 +67,21 @@ def test_a_generator_of_its_own_is_independent_of_the_seed(model, make):
     first = draws(model, [kxsim.distribution(make(), rng=5)])
     again = draws(model, [kxsim.distribution(make(), rng=np.random.default_rng(5))])
     assert first == again
+
+
+def test_the_hosts_distributions_take_parameters_by_name_and_plain_lists():
+    for cls, words in {
+        kxsim.dist.Uniform: {"Lower": 1, "Upper": 2},
+        kxsim.dist.TruncatedNormal: {"Mean": 1, "StandardDeviation": 2, "Lower": 0, "Upper": 3},
+        kxsim.dist.Choice: {"Values": ["a", 1], "Weights": [0, 1]},
+    }.items():
+        made = cls(**words)
+        assert list(inspect.signature(cls).parameters) == list(words)
+        assert all(np.all(getattr(made, name) == value) for name, value in words.items())
+    assert made.random() == 1 and kxsim.dist.Choice([5]).random() == 5
+    for mistake in (dict(Low=0, Upper=1), dict(Lower=0), dict(Lower=0, Upper=1, Mode=0)):
+        with pytest.raises(TypeError, match="argument"):
+            kxsim.dist.Uniform(**mistake)
 
 
 def test_a_generator_of_its_own_leaves_the_hosts_as_it_was():
