@@ -16,6 +16,7 @@ Everything of the host belongs to the thread that imported kxsim first.
 
 from __future__ import annotations
 
+import importlib
 import os
 import sys
 from typing import TYPE_CHECKING, Any
@@ -45,6 +46,8 @@ if TYPE_CHECKING:
 
     from kxsim import design as design
     from kxsim import dist as dist
+    from kxsim import figures as figures
+    from kxsim import study as study
     from kxsim._reading import load
     from kxsim._run import run
 else:
@@ -60,8 +63,10 @@ else:
             from kxsim._reading import load
 
             return load
+        if name in ("figures", "study"):
+            return importlib.import_module(f"kxsim.{name}")
         return _packages.member(sys.modules[__name__], name)
 
 
 def __dir__() -> list[str]:
-    return sorted({*globals(), "Model", "load", "run", *_packages.members(__name__)})
+    return sorted({*__all__, "figures", "study", *_packages.members(__name__)})

@@ -26,9 +26,11 @@ _WITHOUT_COUNTERPART = (
 
 def _refusal(value: object) -> TypeError:
     kind = type(value).__name__
-    if dtype := getattr(value, "dtype", None):
+    dtype = getattr(value, "dtype", None)
+    if dtype is not None and str(dtype) != kind:
         kind = f"{kind} of {dtype}"
     hint = "; make it a list" if isinstance(value, set | frozenset | range) else ""
+    hint = "; fill it first, with nan for one" if hasattr(value, "mask") else hint
     return TypeError(f"the host has no counterpart for {kind}{hint}")
 
 

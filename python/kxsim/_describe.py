@@ -45,6 +45,14 @@ def columns(runs: Any) -> dict[str, Any]:
     return _numbered(_host.gather(runs, "ParameterSamples", "ParameterType", "Value"))
 
 
+def rows(columns: Mapping[str, Any], count: int) -> Iterator[dict[str, Any]]:
+    """The columns of so many runs, run by run."""
+    if not columns:
+        return ({} for _ in range(count))
+    lists = (column if isinstance(column, list) else column.tolist() for column in columns.values())
+    return (dict(zip(columns, row, strict=True)) for row in zip(*lists, strict=True))
+
+
 def targets(space: Any) -> Iterator[Any]:
     """What a space varies, in the order of its samples."""
     if isinstance(space, design.ValueSetParameter):

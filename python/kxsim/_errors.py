@@ -6,6 +6,14 @@ import functools
 from collections.abc import Callable, Sequence
 from typing import Any
 
+# What a text of the host's says to whoever writes Python, by a word of it.
+_IN_PYTHON = {
+    "'VcosFactoryString scalar'": "That is text, a str.",
+    "'VcosFactoryString vector'": "That is a list of texts, str.",
+    "CannotCreateWithoutModel": "In Python the model comes first: Variable(model, Name='gain').",
+    "RandomMethodNotFound": "In Python it may also have 'rvs' or 'sample'.",
+}
+
 
 class HostError(RuntimeError):
     """A failure that the host or a model reports.
@@ -20,8 +28,9 @@ class HostError(RuntimeError):
         self.catalog = catalog
         self.key = key
         self.message = message
-        for detail in details:
-            self.add_note(detail)
+        text = str(self)
+        for note in (*details, *(note for word, note in _IN_PYTHON.items() if word in text)):
+            self.add_note(note)
 
     @property
     def identifier(self) -> str:

@@ -39,7 +39,8 @@ def member(module: ModuleType, name: str) -> Any:
     elif not name.startswith("_") and is_package(full):
         found = importlib.import_module(full)
     else:
-        raise AttributeError(f"the host package {module.__name__!r} has no {name!r}")
+        hint = "" if name.startswith("_") else _classes.nearest(name, dir(module))
+        raise AttributeError(f"the host package {module.__name__!r} has no {name!r}{hint}")
     setattr(module, name, found)
     return found
 

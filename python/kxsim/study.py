@@ -19,9 +19,10 @@ from __future__ import annotations
 
 import math
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
+from contextlib import contextmanager
 from functools import cached_property, partial
 from numbers import Real
-from typing import TYPE_CHECKING, Any, NamedTuple
+from typing import TYPE_CHECKING, Any, NamedTuple, overload
 
 import kxsim
 from kxsim import _describe, design
@@ -107,8 +108,18 @@ class Study:
             return self.space.createIterations()
 
     def __iter__(self) -> Iterator[dict[str, Any]]:
-        """The values of each run, by name."""
-        return map(_describe.values_of, self.runs)
+        """The values of each run, by name; None for what a run lacks."""
+        return _describe.rows(self.columns(), len(self.runs))
+
+    @overload
+    def __getitem__(self, place: int) -> dict[str, Any]: ...
+    @overload
+    def __getitem__(self, place: slice) -> list[dict[str, Any]]: ...
+    def __getitem__(self, place: Any) -> Any:
+        """The values of one run by its place from 0, or of a slice of the runs as a list."""
+        if isinstance(place, slice):
+            return [_describe.values_of(run) for run in self.runs[place]]
+        return _describe.values_of(self.runs[place])
 
     def columns(self) -> dict[str, Any]:
         """The values by name, one per run each.
@@ -198,8 +209,18 @@ def draws(count: int, *parts: Mapping[Any, Any], rng: Any = None, **distribution
 # How it is put together --------------------------------------------------------------------------
 
 
+@contextmanager
+def _given_for(key: Any) -> Iterator[None]:
+    try:
+        yield
+    except Exception as error:
+        error.add_note(f"It was given for {key!r}.")
+        raise
+
+
 def _value_set(key: Any, items: list[Any], model: Any) -> Any:
-    return design.ValueSetParameter(model, ParameterType=_made(key, model), Values=items)
+    with _given_for(key):
+        return design.ValueSetParameter(model, ParameterType=_made(key, model), Values=items)
 
 
 def _combined(of_class: type, children: Sequence[Study], check: Any = None) -> Study:
@@ -221,14 +242,11 @@ def _check_equal_counts(spaces: Sequence[Any]) -> None:
 
 
 def _drawn(model: Any, key: Any, source: Any, generator: Any) -> Any:
-    if generator is not None:
-        source = kxsim.distribution(source, rng=generator)
-    try:
+    with _given_for(key):
+        if generator is not None:
+            source = kxsim.distribution(source, rng=generator)
         made = _made(key, model)
         return design.RandomParameter(model, ParameterType=made, Distribution=source)
-    except kxsim.HostError as error:
-        error.add_note(f"It was given for {key!r}.")
-        raise
 
 
 def _children(parts: Iterable[Any], factors: Mapping[str, Any]) -> list[Study]:
@@ -252,7 +270,7 @@ def _studies_of(part: Any) -> list[Study]:
 def _columns_of(table: Any) -> dict[Any, list[Any]]:
     """The columns of a data frame or of a sequence of mappings with the same keys."""
     if hasattr(table, "columns") and hasattr(table, "__getitem__"):
-        return {name: list(table[name]) for name in table.columns}
+        return {name: list(table[name]) for name in _once(table.columns)}
     rows = list(table) if isinstance(table, Iterable) and not isinstance(table, str) else []
     if not rows or not all(isinstance(row, Mapping) for row in rows):
         raise TypeError(f"this is no study, mapping or list of runs: {table!r}")
@@ -278,12 +296,17 @@ def _listed(key: Any, items: Any) -> list[Any]:
     )
     if not is_list:
         raise TypeError(f"the values of {key!r} are a list, not {items!r}")
-    return list(items)
+    listed = list(items)
+    if not listed:
+        raise ValueError(f"{key!r} has no values")
+    return listed
 
 
 def _checked(key: Any) -> Any:
     if type(key) is not str and not isinstance(key, str | Target | design.ParameterType):
         raise TypeError(f"what varies is a name or a target, not {key!r}")
+    if key == "":
+        raise ValueError("what varies needs a name, not ''")
     return key
 
 

@@ -62,7 +62,13 @@ def test_each_package_is_importable_first(name):
 def test_names_are_found_listed_and_missed_like_pythons_own():
     assert {"Exhaustive", "FigureType", "internal"} <= set(dir(design))
     assert design.Variable is importlib.import_module("kxsim.design").Variable
-    assert {"design", "Model"} <= set(dir(kxsim))
+    assert {"design", "figures", "Model", "study"} <= set(dir(kxsim))
+    assert not any(name.startswith("_") or name in ("os", "sys") for name in dir(kxsim))
+    assert kxsim.study.grid and kxsim.figures.Figures
+    with pytest.raises(AttributeError, match="did you mean 'design'"):
+        kxsim.desing  # noqa: B018
+    with pytest.raises(AttributeError, match="did you mean 'Uniform'"):
+        kxsim.dist.Unifrm  # noqa: B018
     assert command.SelectRuns.__module__ == "kxsim.design.internal.command"
     assert design.fullfact(np.array([2, 2])).tolist() == [[1, 2, 1, 2], [1, 1, 2, 2]]
     with pytest.raises(ModuleNotFoundError):

@@ -1,5 +1,6 @@
 """What the pages show runs as it stands."""
 
+import codeop
 import re
 import subprocess
 import sys
@@ -22,6 +23,17 @@ def test_the_examples_of_a_page_run_in_order(page, tmp_path, monkeypatch):
     names = {}
     for block in blocks_of(page):
         exec(compile(block, page, "exec"), names)
+
+
+@pytest.mark.parametrize("page", ["README.md", "docs/tutorial.md", "docs/python.md"])
+def test_the_examples_of_a_page_can_be_pasted_line_by_line(page):
+    for block in blocks_of(page):
+        typed = []
+        for line in [*block.splitlines(), ""]:
+            typed.append(line)
+            is_whole = codeop.compile_command("\n".join(typed)) is not None
+            typed = [] if is_whole else typed
+        assert typed == []
 
 
 def test_the_first_page_s_study_runs_as_a_file(tmp_path):

@@ -46,6 +46,18 @@ def test_each_mistake_has_its_error_and_leaves_no_trace(model, mistake, error, w
     assert len(model) == 0
 
 
+def test_notes_say_in_words_of_python_what_the_host_expects(model):
+    for mistake, note in (
+        (lambda: design.Variable(model, Name=3), "text, a str"),
+        (lambda: design.Variable(model, Name=3), "'Name'"),
+        (lambda: design.Variable(), "model comes first"),
+        (lambda: design.RandomParameter(model, Distribution=3), "'rvs' or 'sample'"),
+    ):
+        with pytest.raises(kxsim.HostError) as caught:
+            mistake()
+        assert note in " ".join(caught.value.__notes__)
+
+
 def test_a_refused_value_leaves_no_element(model):
     with pytest.raises(kxsim.HostError):
         design.ValueSetParameter(model, Values=3)

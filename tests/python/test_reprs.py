@@ -85,6 +85,7 @@ def test_runs_show_their_values(model):
 def test_what_cannot_be_shown_says_why(model):
     space = design.Exhaustive(model)
     study = Study.of(space)
+    assert [*study] == [{}] == study[:]
     space.ParameterSpaces.append(space)
     assert all("its own descendants" in repr(thing) for thing in (space, study))
 

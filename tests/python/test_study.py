@@ -41,6 +41,7 @@ def test_the_runs_are_those_asked_for(study, rows):
     assert len(study) == len(rows)
     assert [tuple(run.values()) for run in study] == rows
     assert len(study.runs) == len(study) and study.runs is study.runs
+    assert tuple(study[-1].values()) == rows[-1] and study[:2] == [*study][:2]
 
 
 def test_a_study_reads_as_a_tree_and_its_runs_as_a_table():
@@ -120,11 +121,19 @@ def test_draws_are_reproducible():
     assert [*grid(seeded)] == [*seeded]
 
 
+twice = Frame(a=[1])
+twice.columns *= 2
+
 MISTAKES = [
     (lambda: grid(), ValueError, "at least one"),
     (lambda: grid(a=3), TypeError, "'a' are a list"),
     (lambda: grid(a="xyz"), TypeError, "'a' are a list"),
     (lambda: grid(zipped(a=[1], b=[1]), a=[2]), ValueError, "'a' is varied twice"),
+    (lambda: grid(a=[], b=[1]), ValueError, "'a' has no values"),
+    (lambda: grid(Frame(a=[], b=[])), ValueError, "'a' has no values"),
+    (lambda: grid(twice), ValueError, "'a' is varied twice"),
+    (lambda: grid({"": [1]}), ValueError, "needs a name"),
+    (lambda: grid(a=[1])[1], IndexError, "out of range"),
     (lambda: grid({3: [1]}), TypeError, "a name or a target"),
     (lambda: grid([1, 2]), TypeError, "no study"),
     (lambda: grid([{"a": 1}, {"b": 1}]), ValueError, "row 1"),
@@ -150,6 +159,9 @@ def test_each_mistake_has_its_error(mistake, error, word):
 def test_a_refused_study_leaves_the_model_as_it_was(model):
     with pytest.raises(kxsim.HostError) as caught:
         grid(draws(2, a=3), b=[1]).build(model)
+    assert len(model) == 0 and caught.value.__notes__[-1] == "It was given for 'a'."
+    with pytest.raises(TypeError) as caught:
+        grid(a=[1j], b=[1]).build(model)
     assert len(model) == 0 and caught.value.__notes__ == ["It was given for 'a'."]
 
 
