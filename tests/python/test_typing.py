@@ -93,7 +93,7 @@ WRONG = {
     "job.SimulationRuns.owner()": '"Sequence\\[SimulationRun\\]" has no attribute "owner"',
     "space.ParameterSpaces[0].Values": '"ParameterSpace" has no attribute "Values"',
     "variable.owner().identity()": 'Item "None" of "ModelElement | None" has no attribute',
-    "kxsim.dist.Uniform(1)": 'Too few arguments for "Uniform"',
+    "kxsim.dist.Uniform(1)": 'Missing positional argument "Upper"',
 }
 BEFORE = """
 import kxsim
