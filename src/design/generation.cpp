@@ -76,7 +76,7 @@ std::size_t widthOf(const std::vector<SampleTable>& tables) {
 
 /// A new run that refers to the given samples, by the only property that it has.
 Iteration createRun(const mf::zero::Model& model, std::span<ElementImpl* const> samples) {
-  static_assert(Iteration::Impl::std::size(Iteration::Impl::kProperties) == 1);
+  static_assert(std::size(Iteration::Impl::kProperties) == 1);
   return Iteration::createReferring(model, Iteration::Impl::kProperties[0], samples);
 }
 
