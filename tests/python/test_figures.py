@@ -235,7 +235,7 @@ def test_texts_of_two_sources_share_one_axis():
 def test_a_histogram_counts_runs_and_of_traces_values(figures):
     figures.histogram("sum", Title="Sums", XLabel="sum of both")
     axes = axes_of(figures)
-    assert sum(heights(axes)) == 5 and axes.patches[0].get_x() == 11
+    assert sum(heights(axes)) == 5 and axes.patches[0].get_x() == 10.5
     assert (axes.get_xlabel(), axes.get_ylabel()) == ("sum of both", "runs")
     figures.histogram(data("trace", "Trace"))
     assert sum(heights(axes_of(figures))) == 15 and axes_of(figures).get_ylabel() == "values"
@@ -260,6 +260,71 @@ def test_a_surface_stands_on_its_grid_but_for_the_corner_where_a_run_failed(figu
     assert surface.get_clim() == (11, 22)
     assert (axes.get_zlabel(), bar.get_ylabel()) == ("height", "height")
     assert axes.get_title() == "Sums"
+
+
+def test_integers_of_a_small_range_have_a_bar_each_and_a_single_value_one_around_it():
+    def bars(cells):
+        figures = Figures(of_outputs(cells))
+        figures.histogram("y")
+        patches = axes_of(figures).patches
+        return [(bar.get_x() + bar.get_width() / 2, bar.get_height()) for bar in patches]
+
+    assert bars([2, 4, 4, 3.0, 6]) == [(2, 1), (3, 1), (4, 2), (5, 0), (6, 1)]
+    assert bars([1e-9, 1e-9]) == [(pytest.approx(1e-9), 2)] and bars([7]) == [(7, 1)]
+    assert len(bars([0, 1000, 3])) == 3
+
+
+def test_titles_are_wrapped_and_dollars_are_math_where_they_can_be(figures):
+    figures.scatter(x="a", y="sum", Title="many words " * 30)
+    lines = axes_of(figures).get_title("left").splitlines()
+    assert len(lines) == 3 and max(map(len, lines)) <= 44 and lines[-1].endswith("...")
+    texts = {r"angle $\alpha_0$": True, "from $5 to $10": False, r"$\frac$": False, "a $": False}
+    for text, is_math in texts.items():
+        figures.change("XLabel", text)
+        label = axes_of(figures).xaxis.label
+        assert (label.get_text(), label.get_parse_math()) == (text, is_math)
+        assert figures.draw()._repr_png_()
+
+
+def test_every_series_has_a_color_of_its_own_and_few_numbers_a_tick_each(figures):
+    ys = {"a": "", "b": "", "sum": "", **{f"a{k}": "" for k in range(7)}}
+    outputs = {name: 1 for name in ys if name != "a"}
+    many = Figures(values("a", [1]).run(lambda run: outputs, executor="serial", progress=False))
+    many.scatter(x="a", y=ys)
+    faces = [tuple(each.get_facecolor()[0]) for each in axes_of(many).collections]
+    assert len(set(faces)) == len(ys) == 10
+    figures.scatter(x="a", y="sum", c="b")
+    ticks = figures.draw().axes[1].get_yticklabels()
+    assert [text.get_text() for text in ticks] == ["10", "20"]
+
+
+def test_limits_beyond_all_data_are_noted(figures):
+    for limits in ({"XMin": 50, "XMax": 60}, {"YMin": -2, "YMax": -1}):
+        for make in (figures.scatter, figures.surface):
+            make(x="a", y="b", **limits)
+            assert "nothing lies within the limits" in figures.draw().get_supxlabel()
+    figures.scatter(x="a", y="b", XMin=2, XMax=60)
+    assert "limits" not in figures.draw().get_supxlabel()
+
+
+def test_a_surface_does_not_span_a_level_without_heights_unless_it_says_so():
+    def drawn(levels, missing):
+        study = grid(a=levels, b=[0, 1])
+        results = study.run(
+            lambda run: {"z": None if run["a"] in missing else run["a"]},
+            executor="serial",
+            progress=False,
+        )
+        figures = Figures(results)
+        figures.surface(x="a", y="b", z="z")
+        picture = figures.draw()
+        faces = layer(picture.axes[0], "surface").get_array().tolist()
+        return faces, "across missing points" in picture.get_supxlabel()
+
+    faces, is_noted = drawn([0, 1, 2, 3, 4], [2])
+    assert {0.5, 3.5} <= set(faces) and 2 not in faces and not is_noted
+    faces, is_noted = drawn([0, 1, 2], [1])
+    assert len(faces) == 2 and is_noted
 
 
 def test_a_surface_of_scattered_points_is_triangles():

@@ -2,12 +2,17 @@
 
 from __future__ import annotations
 
+import re
 import textwrap
 from collections.abc import Sequence
 from typing import Any, NamedTuple
 
+import matplotlib
+import numpy
 from matplotlib.cm import ScalarMappable
 from matplotlib.colors import Normalize
+from matplotlib.mathtext import MathTextParser
+from matplotlib.text import Text
 
 from kxsim.figures._data import Axis, Values
 
@@ -15,6 +20,41 @@ from kxsim.figures._data import Axis, Values
 PALETTE = ("#0072B2", "#D55E00", "#009E73", "#CC79A7", "#E69F00", "#56B4E9", "#333333")
 # Of texts along an axis: how many have their name beside them, and in how many letters.
 MOST_NAMES, LONGEST_NAME = 20, 24
+# A title: letters in a line, and lines.
+TITLE_WIDTH, TITLE_LINES = 44, 3
+# So few different numbers are named each beside a color bar.
+MOST_LEVELS = 6
+# Text with formulas: after the first "$" and before the second no space, and no digit behind it.
+FORMULAS = re.compile(r"(?:[^$]|\$(?=\S)[^$]*(?<=\S)\$(?!\d))*")
+
+
+def series_colors(count: int) -> list[Any]:
+    """A color for each series, all different."""
+    if count <= len(PALETTE):
+        return list(PALETTE[:count])
+    return [matplotlib.colormaps["turbo"](k / (count - 1)) for k in range(count)]
+
+
+def wrapped(title: str) -> str:
+    """A title in lines that fit above the plot."""
+    fit: Any = {"max_lines": TITLE_LINES, "placeholder": " ..."}
+    return "\n".join(textwrap.fill(line, TITLE_WIDTH, **fit) for line in title.splitlines())
+
+
+def set_formulas(picture: Any) -> None:
+    """Texts with formulas between "$" are drawn so, where they can be; in others it is a dollar."""
+    for text in picture.findobj(Text):
+        text.set_parse_math(_has_formulas(text.get_text()))
+
+
+def _has_formulas(text: str) -> bool:
+    if "$" not in text or not FORMULAS.fullmatch(text):
+        return False
+    try:
+        MathTextParser("path").parse(text)
+    except ValueError:
+        return False
+    return True
 
 
 def set_up(axes: Any, axis: Axis, values: Sequence[Values], label: str | None = None) -> None:
@@ -74,3 +114,18 @@ def add_color_bar(sheet: Any, axes: Any, axis: Axis, values: Values, scale: Scal
     bar.outline.set_visible(False)
     if values.categories:
         _name_ticks(bar.ax.yaxis, values.categories)
+        return
+    levels = _levels(values, scale.norm)
+    if len(levels):
+        bar.set_ticks(levels, labels=[f"{each:.6g}" for each in levels])
+    elif bar.formatter.format_ticks(bar.get_ticks()) and bar.formatter.get_offset():
+        sheet.title_pad = 24.0
+
+
+def _levels(values: Values, norm: Any) -> Any:
+    """The numbers that occur, if they are few and stand apart."""
+    numbers = values.numbers if values.traces is None else numpy.empty(0)
+    levels = numpy.unique(numbers[(numbers >= norm.vmin) & (numbers <= norm.vmax)])
+    gap = 0.04 * (norm.vmax - norm.vmin)
+    is_apart = 2 <= len(levels) <= MOST_LEVELS and numpy.diff(levels).min() > gap
+    return levels if is_apart and numpy.abs(levels).max() < 1e6 else levels[:0]

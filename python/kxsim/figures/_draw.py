@@ -10,6 +10,7 @@ import matplotlib
 import numpy
 from matplotlib.figure import Figure
 
+from kxsim.figures._axes import set_formulas, wrapped
 from kxsim.figures._data import Axis, Values, values_of
 from kxsim.figures._errors import FigureError, nearest
 from kxsim.figures._histogram import histogram
@@ -39,7 +40,7 @@ STYLE: dict[Any, Any] = {
     "legend.frameon": False,
     "savefig.dpi": 160,
     "svg.fonttype": "none",
-    # Texts mean what they say: "$" is a currency.
+    # Where "$" stands for no formula it is a currency; `set_formulas` tells them apart.
     "text.parse_math": False,
 }
 
@@ -61,6 +62,7 @@ class Sheet:
         self.picture.set_layout_engine("constrained", w_pad=0.1, h_pad=0.1)
         self.shown = numpy.zeros(runs.count, dtype=bool)
         self.notes: list[str] = []
+        self.title_pad: float | None = None
 
     def values(self, axis: Axis, shared: Any = ()) -> list[Values]:
         return values_of(axis, self.runs, self.kind, shared)
@@ -109,6 +111,7 @@ def draw(
     with matplotlib.rc_context(STYLE):
         if custom:
             custom(sheet)
+            set_formulas(sheet.picture)
         else:
             _ = sheet.colors
             DRAWERS[sheet.kind](sheet, shared)
@@ -131,10 +134,23 @@ def _finish(sheet: Sheet) -> None:
     if not sheet.shown.any():
         raise FigureError("NothingToShow")
     axes = sheet.picture.axes[0]
-    axes.set_title(sheet.properties.Title, loc="center" if axes.name == "3d" else "left")
+    place: Any = "center" if axes.name == "3d" else "left"
+    axes.set_title(wrapped(sheet.properties.Title), loc=place, pad=sheet.title_pad, wrap=True)
     hidden = sheet.runs.count - int(sheet.shown.sum())
     if hidden:
         sheet.notes.append(f"{hidden:,} of {sheet.runs.count:,} runs not shown")
+    if _is_out_of_sight(axes):
+        sheet.notes.append("nothing lies within the limits")
     if sheet.notes:
         note = {"x": 0.99, "ha": "right", "fontsize": 8, "color": "#777777"}
         sheet.picture.supxlabel("; ".join(sheet.notes), **note)
+    set_formulas(sheet.picture)
+
+
+def _is_out_of_sight(axes: Any) -> bool:
+    """Whether all data is beyond the limits of some axis."""
+    plane = axes.xy_dataLim if axes.name == "3d" else axes.dataLim
+    pairs = [(plane.intervalx, axes.get_xlim()), (plane.intervaly, axes.get_ylim())]
+    if axes.name == "3d":
+        pairs.append((axes.zz_dataLim.intervalx, axes.get_zlim()))
+    return any(max(data) < min(seen) or min(data) > max(seen) for data, seen in pairs)

@@ -7,7 +7,7 @@ from typing import Any
 
 import numpy
 
-from kxsim.figures._axes import PALETTE, set_up
+from kxsim.figures._axes import series_colors, set_up
 from kxsim.figures._data import Axis, Values
 
 MOST_BINS = 60
@@ -25,8 +25,7 @@ def histogram(sheet: Any, shared: Sequence[Any]) -> None:
     edges = _edges(values, numpy.concatenate([_pooled(*pair) for pair in pairs]))
     centers = (edges[:-1] + edges[1:]) / 2
     widths = numpy.diff(edges) * (0.8 if values[0].categories else 1)
-    for k, (each, shown) in enumerate(pairs):
-        color = PALETTE[k % len(PALETTE)]
+    for (each, shown), color in zip(pairs, series_colors(len(pairs)), strict=True):
         for layer, chosen, alpha in _layers(sheet, shown, len(values)):
             counts, _ = numpy.histogram(_pooled(each, chosen), edges)
             look = {"color": color, "alpha": alpha, "edgecolor": "white", "linewidth": 0.6}
@@ -61,13 +60,18 @@ def _pooled(values: Values, chosen: Any) -> Any:
 def _edges(values: Sequence[Values], pooled: Any) -> Any:
     """Of the bins: twice the cube root of the count (Rice's rule), or one for each text.
 
-    Values that are equal, or too close for numbers to lie between them, have one bin.
+    Integers that are close to each other have one each, too. Values that are equal, or too close
+    for numbers to lie between them, have one in all.
     """
     if values[0].categories:
         return numpy.arange(len(values[0].categories) + 1) - 0.5
     count = min(int(numpy.ceil(2 * len(pooled) ** (1 / 3))), MOST_BINS)
+    low, high = pooled.min(), pooled.max()
     resolution = 2 * numpy.spacing(numpy.abs(pooled).max())
-    if numpy.ptp(pooled) < count * resolution:
-        margin = max(0.5, resolution)
-        return numpy.array([pooled.min() - margin, pooled.max() + margin])
+    is_integer = bool((pooled == numpy.round(pooled)).all()) and resolution < 0.5
+    if is_integer and high - low < max(2 * count, 12):
+        return numpy.arange(low, high + 2) - 0.5
+    if high - low < count * resolution:
+        margin = max(0.05 * abs(high), resolution)
+        return numpy.array([low - margin, high + margin])
     return numpy.histogram_bin_edges(pooled, count)

@@ -11,7 +11,7 @@ from matplotlib.collections import LineCollection
 from matplotlib.colors import to_rgba_array
 from matplotlib.lines import Line2D
 
-from kxsim.figures._axes import PALETTE, Scale, add_color_bar, color_scale, set_up
+from kxsim.figures._axes import Scale, add_color_bar, color_scale, series_colors, set_up
 from kxsim.figures._data import Axis, Values
 from kxsim.figures._errors import FigureError
 
@@ -35,7 +35,7 @@ class Series(NamedTuple):
     x: Values
     y: Values
     label: str
-    color: str
+    color: Any
     marker: str
 
 
@@ -99,7 +99,7 @@ def _series(xs: Sequence[Values], ys: Sequence[Values]) -> list[Series]:
     if min(len(xs), len(ys)) not in (1, count):
         fields = {"axis": "X", "count": len(xs), "other": "Y", "others": len(ys)}
         raise FigureError("SourcesDoNotMatch", fields)
-    looks = zip(itertools.cycle(PALETTE), itertools.cycle(MARKERS), strict=False)
+    looks = zip(series_colors(count), itertools.cycle(MARKERS), strict=False)
     named = xs if len(xs) > len(ys) else ys
     rows = zip(itertools.cycle(xs), itertools.cycle(ys), named, looks, strict=False)
     return [Series(x, y, each.label, *look) for x, y, each, look in rows]

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import itertools
 from collections.abc import Sequence
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy
 from matplotlib.ticker import AutoLocator, MaxNLocator
@@ -33,7 +33,9 @@ def surface(sheet: Any, shared: Sequence[Any]) -> None:
     chosen = sheet.selected[runs]
     is_selection = bool(chosen.any())
     look = {"cmap": scale.map, "norm": scale.norm, "alpha": 0.45 if is_selection else 1.0}
-    _add_surface(axes, merged, look | {"gid": "surface"})
+    is_whole = _add_surface(axes, merged, _levels(columns, merged), look | {"gid": "surface"})
+    if not is_whole:
+        sheet.notes.append("drawn across missing points")
     if is_selection:
         has_traces = any(each.traces is not None for each in columns)
         _add_selected(axes, points[:, chosen], runs[chosen], has_traces)
@@ -98,24 +100,55 @@ def _merged(points: Any) -> tuple[Any, int]:
     return numpy.vstack([places.T, heights]), int(counts.max(initial=0))
 
 
-def _add_surface(axes: Any, points: Any, look: dict[str, Any]) -> None:
-    """On a grid where most of its points are there, with holes for the others."""
+class Levels(NamedTuple):
+    """Where the points of a surface are along X and Y, and the share of the grid that they are."""
+
+    x: Any
+    y: Any
+    share: float
+
+
+def _levels(columns: Sequence[Values], points: Any) -> Levels:
+    """Also of runs that have no height, so that no surface spans where they are."""
+    if all(each.traces is None for each in columns[:2]):
+        places = numpy.array([each.numbers for each in columns[:2]])
+    else:
+        places = points[:2]
+    places = numpy.unique(places[:, numpy.isfinite(places).all(axis=0)], axis=1)
+    x, y = (numpy.unique(each) for each in places)
+    return Levels(x, y, places.shape[1] / (len(x) * len(y)))
+
+
+def _add_surface(axes: Any, points: Any, levels: Levels, look: dict[str, Any]) -> bool:
+    """On a grid where most of its points are there, with holes for those without a height.
+
+    Over triangles otherwise. Answers whether nothing spans missing points of a grid.
+    """
     x, y, z = points
     has_lines = len(z) <= MOST_WITH_LINES
     lines = {"edgecolor": "white", "linewidth": 0.25} if has_lines else {"antialiased": False}
     look = look | lines
-    (xs, across), (ys, along) = (numpy.unique(each, return_inverse=True) for each in (x, y))
     scaled = _scaled(points[:2])
     if len(z) < 3 or numpy.linalg.matrix_rank(scaled, tol=1e-9) < 2:
         raise FigureError("NotASurface", count=len(z))
-    if len(z) >= LEAST_OF_GRID * len(xs) * len(ys):
-        heights = numpy.full((len(ys), len(xs)), numpy.nan)
-        heights[along, across] = z
-        grid = (*numpy.meshgrid(xs, ys), heights)
+    is_grid = levels.share >= LEAST_OF_GRID
+    heights = numpy.full((len(levels.y), len(levels.x)) if is_grid else (0, 0), numpy.nan)
+    if is_grid:
+        heights[numpy.searchsorted(levels.y, y), numpy.searchsorted(levels.x, x)] = z
+    if _has_faces(heights):
+        grid = (*numpy.meshgrid(levels.x, levels.y), heights)
         axes.plot_surface(*grid, rcount=200, ccount=200, **look, axlim_clip=True)
-    else:
-        triangles = Triangulation(*scaled).triangles
-        axes.plot_trisurf(x, y, z, triangles=triangles, **look, axlim_clip=True)
+        return True
+    triangles = Triangulation(*scaled).triangles
+    axes.plot_trisurf(x, y, z, triangles=triangles, **look, axlim_clip=True)
+    return not is_grid
+
+
+def _has_faces(heights: Any) -> bool:
+    """Whether three of four neighbours are there anywhere."""
+    there = numpy.isfinite(heights).astype(int)
+    corners = there[1:, 1:] + there[1:, :-1] + there[:-1, 1:] + there[:-1, :-1]
+    return bool((corners >= 3).any())
 
 
 def _scaled(places: Any) -> Any:
