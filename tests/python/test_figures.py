@@ -105,7 +105,7 @@ def test_colors_follow_a_quantity_its_limits_and_the_named_map(figures):
 @pytest.mark.parametrize("make", ["scatter", "surface", "histogram"])
 def test_limits_hold_or_follow_and_grids_are_each_axis_own(figures, make):
     sources = {"x": "a"} if make == "histogram" else {"x": "a", "y": "b"}
-    getattr(figures, make)(**sources, XMin=-1, XMax=7, YGrid=True)
+    getattr(figures, make)(**sources, XMin=-1, XMax=np.int64(7), YGrid=np.True_)
     axes = axes_of(figures)
     assert axes.get_xlim() == (-1, 7) and axes.get_ylim()[1] < 30
     grids = [axes.xaxis, axes.yaxis]

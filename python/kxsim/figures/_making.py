@@ -7,6 +7,8 @@ from collections.abc import Iterable, Mapping
 from numbers import Real
 from typing import Any
 
+import numpy
+
 from kxsim import design
 from kxsim.figures._data import Axis, Data, data, literal, values_of
 from kxsim.figures._errors import FigureError, nearest
@@ -155,6 +157,8 @@ def check_color_map(name: str) -> None:
 def checked_value(owner: Any, name: str, value: Any) -> Any:
     """A new value of a property, if it is of the property's kind."""
     present = getattr(owner, name)
+    if isinstance(value, numpy.generic):
+        value = value.item()
     if isinstance(present, enum.Enum):
         return _checked_type(owner, literal(type(present), value, f"literal of {name}"))
     kind = next((each for each in _WORDS if isinstance(present, each)), None)
