@@ -95,11 +95,14 @@ bool mustKeep(ModelImpl& model, const ElementImpl& element, UndoKind kind,
 
 }  // namespace
 
-void ElementImpl::changeWord(const PropertyInfo& property, void* slot, std::uint64_t bits) {
+// Flattened, so that adding to the log is no call.
+[[gnu::flatten]] void ElementImpl::changeWord(const PropertyInfo& property, void* slot,
+                                              std::uint64_t bits) {
   changePlain(*this, UndoKind::kWord, property, slot, bits);
 }
 
-void ElementImpl::changeHalf(const PropertyInfo& property, void* slot, std::uint32_t bits) {
+[[gnu::flatten]] void ElementImpl::changeHalf(const PropertyInfo& property, void* slot,
+                                              std::uint32_t bits) {
   changePlain(*this, UndoKind::kHalf, property, slot, bits);
 }
 
@@ -108,7 +111,8 @@ void ElementImpl::changeLiteral(const PropertyInfo& property, void* slot, std::i
   changeHalf(property, slot, static_cast<std::uint32_t>(number));
 }
 
-void ElementImpl::changeByte(const PropertyInfo& property, void* slot, std::uint8_t bits) {
+[[gnu::flatten]] void ElementImpl::changeByte(const PropertyInfo& property, void* slot,
+                                              std::uint8_t bits) {
   changePlain(*this, UndoKind::kByte, property, slot, bits);
 }
 

@@ -269,7 +269,8 @@ void ModelImpl::leave(bool keep, std::optional<Value> result) {
     rollbackTo(mark_);
     endInnermost();
   }
-  if (depth_ > 0 || log_->empty()) return;
+  if (depth_ > 0) return;
+  if (log_->empty()) return log_->clear();
   log_->result = std::move(result);
   log_->mayBeVoid = true;
   publish();
@@ -370,7 +371,7 @@ void ModelImpl::makeSpare() {
   setState(kNoSpare, false);
 }
 
-void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
+inline void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
   const ChangeSet changes(log);
   const auto keepFirst = [&] {
     if (!first) first = std::current_exception();

@@ -165,7 +165,7 @@ class MF0_API ModelImpl {
   inline void announce(UndoLog& log);
   void tellAnswers(std::exception_ptr& first);
   void dropEndedObservers();
-  void tell(UndoLog& log, std::exception_ptr& first);
+  inline void tell(UndoLog& log, std::exception_ptr& first);
   inline void finish(UndoLog& log) noexcept;
   void settle(const UndoLog& log) noexcept;
   inline void recycle(UndoLog& log) noexcept;
@@ -183,11 +183,11 @@ class MF0_API ModelImpl {
   };
   std::vector<OpenTransaction> open_;  ///< outermost first
   std::uint64_t lastSerial_ = 0;
-  // Logs, which belong to the model.
-  UndoLog* log_;             ///< of the open transaction
-  UndoLog* told_ = nullptr;  ///< committed and being told; those that wait are behind it
-  UndoLog* lastTold_ = nullptr;
+  // Logs, which belong to the model; told_ and lastTold_ apart, lest they be stored as one vector.
+  UndoLog* log_;              ///< of the open transaction
+  UndoLog* told_ = nullptr;   ///< committed and being told; those that wait are behind it
   UndoLog* spare_ = nullptr;  ///< empty ones for the next transactions
+  UndoLog* lastTold_ = nullptr;
   std::vector<std::shared_ptr<Subscription::Entry>> observers_;
   std::shared_ptr<ElementLoader> loader_;
   ElementPool pool_;

@@ -46,13 +46,12 @@ ChangeIndex& UndoLog::index() {
   return index_;
 }
 
-void UndoLog::clear() {
+void UndoLog::clearAll() {
   constexpr std::size_t kKept = 4096;
   records.clear();
   changes.clear();
   result.reset();
   mayBeVoid = false;
-  next = nullptr;
   shrunk();
   if (records.capacity() > kKept || changes.capacity() > kKept ||
       index_.entries().capacity() > kKept) {

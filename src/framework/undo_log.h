@@ -141,8 +141,15 @@ class UndoLog {
     indexed_ = false;
     newestId_ = kNoElement;
   }
-  /// Empties the log, but for room that is worth keeping for the next transaction.
-  void clear();
+  /// Empties the log, but for room that is worth keeping for the next transaction. One set outside
+  /// of a transaction that nobody looked at, the most frequent, has left nothing but its record.
+  void clear() {
+    if (isOnePlainSet() && !mayBeVoid && !indexed_ && changes.empty()) {
+      records.clear();
+    } else {
+      clearAll();
+    }
+  }
   /// Gives back that room too.
   void release();
 
@@ -154,6 +161,8 @@ class UndoLog {
   std::vector<Change> changes;  ///< room for the change set, kept between commits
 
  private:
+  void clearAll();
+
   ElementId newestId_ = kNoElement;
   bool indexed_ = false;
   ChangeIndex index_;
