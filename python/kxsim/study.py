@@ -19,7 +19,6 @@ from __future__ import annotations
 
 import math
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
-from contextlib import contextmanager
 from functools import cached_property, partial
 from numbers import Real
 from typing import TYPE_CHECKING, Any, NamedTuple, overload
@@ -209,17 +208,24 @@ def draws(count: int, *parts: Mapping[Any, Any], rng: Any = None, **distribution
 # How it is put together --------------------------------------------------------------------------
 
 
-@contextmanager
-def _given_for(key: Any) -> Iterator[None]:
-    try:
-        yield
-    except Exception as error:
-        error.add_note(f"It was given for {key!r}.")
-        raise
+class _GivenFor:
+    """Errors within say what quantity they were given for."""
+
+    __slots__ = ("key",)
+
+    def __init__(self, key: Any) -> None:
+        self.key = key
+
+    def __enter__(self) -> None:
+        pass
+
+    def __exit__(self, kind: object, error: BaseException | None, trace: object) -> None:
+        if isinstance(error, Exception):
+            error.add_note(f"It was given for {self.key!r}.")
 
 
 def _value_set(key: Any, items: list[Any], model: Any) -> Any:
-    with _given_for(key):
+    with _GivenFor(key):
         return design.ValueSetParameter(model, ParameterType=_made(key, model), Values=items)
 
 
@@ -242,7 +248,7 @@ def _check_equal_counts(spaces: Sequence[Any]) -> None:
 
 
 def _drawn(model: Any, key: Any, source: Any, generator: Any) -> Any:
-    with _given_for(key):
+    with _GivenFor(key):
         if generator is not None:
             source = kxsim.distribution(source, rng=generator)
         made = _made(key, model)
