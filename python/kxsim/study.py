@@ -208,25 +208,16 @@ def draws(count: int, *parts: Mapping[Any, Any], rng: Any = None, **distribution
 # How it is put together --------------------------------------------------------------------------
 
 
-class _GivenFor:
-    """Errors within say what quantity they were given for."""
-
-    __slots__ = ("key",)
-
-    def __init__(self, key: Any) -> None:
-        self.key = key
-
-    def __enter__(self) -> None:
-        pass
-
-    def __exit__(self, kind: object, error: BaseException | None, trace: object) -> None:
-        if isinstance(error, Exception):
-            error.add_note(f"It was given for {self.key!r}.")
+def _given_for(key: Any) -> str:
+    return f"It was given for {key!r}."
 
 
 def _value_set(key: Any, items: list[Any], model: Any) -> Any:
-    with _GivenFor(key):
+    try:
         return design.ValueSetParameter(model, ParameterType=_made(key, model), Values=items)
+    except Exception as error:
+        error.add_note(_given_for(key))
+        raise
 
 
 def _combined(of_class: type, children: Sequence[Study], check: Any = None) -> Study:
@@ -248,11 +239,14 @@ def _check_equal_counts(spaces: Sequence[Any]) -> None:
 
 
 def _drawn(model: Any, key: Any, source: Any, generator: Any) -> Any:
-    with _GivenFor(key):
+    try:
         if generator is not None:
             source = kxsim.distribution(source, rng=generator)
         made = _made(key, model)
         return design.RandomParameter(model, ParameterType=made, Distribution=source)
+    except Exception as error:
+        error.add_note(_given_for(key))
+        raise
 
 
 def _children(parts: Iterable[Any], factors: Mapping[str, Any]) -> list[Study]:
