@@ -7,6 +7,8 @@ are replaced, and the run that ended them is found.
 from __future__ import annotations
 
 import math
+import signal
+import threading
 import traceback
 from collections.abc import Callable, Generator, Iterator
 from concurrent.futures import (
@@ -18,7 +20,9 @@ from concurrent.futures import (
     ThreadPoolExecutor,
     wait,
 )
+from contextlib import contextmanager, nullcontext
 from itertools import islice
+from types import FrameType
 from typing import Any, NamedTuple
 
 from kxsim import _work
@@ -105,7 +109,11 @@ class Pools:
                 _abandon(pool)
 
     def submit(self, chunk: Chunk, *call: Any) -> tuple[Future, Executor]:
-        """Suspects have a worker of their own."""
+        """Suspects have a worker of their own. Ctrl-C waits until worker processes have begun."""
+        with _interrupts_held() if self._kind == "processes" else nullcontext():
+            return self._submit(chunk, *call)
+
+    def _submit(self, chunk: Chunk, *call: Any) -> tuple[Future, Executor]:
         pool = self._open(1) if chunk.is_suspect else self._shared
         if pool is None:
             pool = self._shared = self._open(self._workers)
@@ -114,7 +122,7 @@ class Pools:
         except BrokenExecutor:
             if not self.close(pool):
                 raise
-            return self.submit(chunk, *call)
+            return self._submit(chunk, *call)
         if not isinstance(future, Future):
             raise TypeError(f"the executor's submit returned {future!r} instead of a Future")
         return future, pool
@@ -134,6 +142,24 @@ class Pools:
         pool = POOLS[self._kind](workers)
         self._own.append(pool)
         return pool
+
+
+@contextmanager
+def _interrupts_held() -> Iterator[None]:
+    """Ctrl-C within is raised at the end. While a worker is forked Python would lose it here, and
+    there it would end the worker before that ignores it."""
+    previous = signal.getsignal(signal.SIGINT)
+    if threading.current_thread() is not threading.main_thread() or not callable(previous):
+        yield
+        return
+    held: list[tuple[int, FrameType | None]] = []
+    signal.signal(signal.SIGINT, lambda *arguments: held.append(arguments))
+    try:
+        yield
+    finally:
+        signal.signal(signal.SIGINT, previous)
+        if held:
+            previous(*held[0])
 
 
 def _abandon(pool: Executor) -> None:

@@ -9,7 +9,7 @@ import sys
 import textwrap
 import threading
 import time
-from concurrent.futures import ThreadPoolExecutor
+from concurrent.futures import ProcessPoolExecutor, ThreadPoolExecutor
 
 import kxsim
 import numpy as np
@@ -177,7 +177,7 @@ def test_ctrl_c_ends_workers_at_once():
         text=True,
         start_new_session=True,
     )
-    watchdog = threading.Timer(60, child.kill)
+    watchdog = threading.Timer(60, os.killpg, (child.pid, signal.SIGKILL))
     watchdog.start()
     assert child.stdout.readline() == "sleeping\n"
     os.killpg(child.pid, signal.SIGINT)
@@ -185,6 +185,20 @@ def test_ctrl_c_ends_workers_at_once():
     watchdog.cancel()
     assert (child.returncode, err) == (0, "")
     assert "interrupted" in out and "not run" in out
+
+
+def test_ctrl_c_while_workers_start_is_not_lost(monkeypatch):
+    submit, begun = ProcessPoolExecutor.submit, []
+
+    def interrupted(*arguments):
+        os.kill(os.getpid(), signal.SIGINT)
+        begun.append(submit(*arguments))
+        return begun[-1]
+
+    monkeypatch.setattr(ProcessPoolExecutor, "submit", interrupted)
+    results = values("a", range(1, 9)).run(reciprocal, workers=2)
+    assert len(begun) == 1 and results.interrupted and results.states == ["not run"] * 8
+    assert signal.getsignal(signal.SIGINT) is signal.default_int_handler
 
 
 def test_names_that_are_taken_are_told_apart():
