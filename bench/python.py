@@ -99,7 +99,7 @@ def factorial() -> list[Row]:
 
 def building() -> Row:
     keys = {f"p{k}": [1.0, 2.0] for k in range(10**4)}
-    make = per_item(lambda: zipped(keys).build, 10**4)
+    make = per_item(lambda: lambda: zipped(keys).build(), 10**4)
     floor = per_item(lambda: lambda: [(key, list(each)) for key, each in keys.items()], 10**4)
     return Row("a parameter of 10^4, through the study layer", make, floor, 5_000)
 
