@@ -2,14 +2,13 @@
 
 from __future__ import annotations
 
-import difflib
 import enum
 import types
-from collections.abc import Callable, Iterable, Mapping
+from collections.abc import Callable, Mapping
 from typing import TYPE_CHECKING, Any
 
 from kxsim import _dist, _host
-from kxsim._errors import HostError, always
+from kxsim._errors import HostError, always, hint, nearest
 
 if TYPE_CHECKING:
     from inspect import Signature
@@ -116,14 +115,8 @@ class NamedObject(HostObject):
 
 
 def _refuse_keyword(cls: type[HostObject], name: str) -> None:
-    hint = nearest(name, cls.__host_properties__)
-    raise TypeError(f"{cls.__name__} has no property {name!r}{hint}")
-
-
-def nearest(name: str, names: Iterable[str]) -> str:
-    """A hint at the name that may have been meant; empty when there is none."""
-    near = difflib.get_close_matches(name, names, n=1)
-    return f"; did you mean {near[0]!r}?" if near else ""
+    near = nearest(name, cls.__host_properties__)
+    raise TypeError(f"{cls.__name__} has no property {name!r}{hint(near)}")
 
 
 def class_for(name: str) -> type:

@@ -1,9 +1,10 @@
-"""The one exception of the host."""
+"""The one exception of the host, and words that errors share."""
 
 from __future__ import annotations
 
+import difflib
 import functools
-from collections.abc import Callable, Sequence
+from collections.abc import Callable, Iterable, Sequence
 from typing import Any
 
 # What a text of the host's says to whoever writes Python, by a word of it.
@@ -51,3 +52,15 @@ def always(shown: Callable[[Any], str]) -> Callable[[Any], str]:
             return f"<{getattr(type(self), '__host_name__', type(self).__name__)}: {error.message}>"
 
     return __repr__
+
+
+def nearest(name: object, known: Iterable[str]) -> str | None:
+    """What may have been meant: the known name that is most like it, whatever its case."""
+    folded = {each.casefold(): each for each in known}
+    found = difflib.get_close_matches(str(name).casefold(), folded, n=1)
+    return folded[found[0]] if found else None
+
+
+def hint(near: str | None) -> str:
+    """The end of a message about a wrong name; empty when nothing is like it."""
+    return f"; did you mean {near!r}?" if near else ""

@@ -11,6 +11,7 @@ from types import ModuleType
 from typing import Any
 
 from kxsim import _classes, _host
+from kxsim._errors import hint, nearest
 
 
 def is_package(name: str) -> bool:
@@ -39,8 +40,8 @@ def member(module: ModuleType, name: str) -> Any:
     elif not name.startswith("_") and is_package(full):
         found = importlib.import_module(full)
     else:
-        hint = "" if name.startswith("_") else _classes.nearest(name, dir(module))
-        raise AttributeError(f"the host package {module.__name__!r} has no {name!r}{hint}")
+        near = None if name.startswith("_") else nearest(name, dir(module))
+        raise AttributeError(f"the host package {module.__name__!r} has no {name!r}{hint(near)}")
     setattr(module, name, found)
     return found
 

@@ -2,9 +2,11 @@
 
 from __future__ import annotations
 
-import difflib
-from collections.abc import Iterable
 from typing import Any
+
+from kxsim._errors import hint, nearest
+
+__all__ = ["FigureError", "nearest"]
 
 MESSAGES = {
     # What is plotted.
@@ -61,13 +63,4 @@ class FigureError(ValueError):
         super().__init__(key, self.fields)
 
     def __str__(self) -> str:
-        nearest = self.fields.get("nearest")
-        hint = f"; did you mean {nearest!r}?" if nearest else ""
-        return MESSAGES[self.key].format(**self.fields) + hint
-
-
-def nearest(name: object, known: Iterable[str]) -> str | None:
-    """What may have been meant: the known name that is most like it, whatever its case."""
-    folded = {each.casefold(): each for each in known}
-    found = difflib.get_close_matches(str(name).casefold(), folded, n=1)
-    return folded[found[0]] if found else None
+        return MESSAGES[self.key].format(**self.fields) + hint(self.fields.get("nearest"))
