@@ -17,9 +17,10 @@ commands=(
 )
 # Debian package, a header it brings.
 headers=()
-examples=("libcli11-dev CLI/CLI.hpp" "libboost-dev boost/numeric/odeint.hpp")
+options="libcli11-dev CLI/CLI.hpp"
+examples=("$options" "libboost-dev boost/numeric/odeint.hpp")
 tests=("libgtest-dev gtest/gtest.h")
-benchmarks=("libbenchmark-dev benchmark/benchmark.h")
+benchmarks=("$options" "libbenchmark-dev benchmark/benchmark.h")
 
 case $need in
   demo) requirements=scripts/requirements-demo.txt ;;
