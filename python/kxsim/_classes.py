@@ -56,7 +56,7 @@ class HostObject(_host.Object):
     def __init__(self, *arguments: Any, **values: Any) -> None:
         for name in values:
             if name not in self.__host_properties__:
-                _refuse_keyword(type(self), name)
+                refuse_keyword(type(self), name)
         try:
             _construct(self, self.__host_name__, arguments, values)
         except HostError as error:
@@ -114,7 +114,8 @@ class NamedObject(HostObject):
         return lambda *arguments: _host.invoke(self, name, arguments)
 
 
-def _refuse_keyword(cls: type[HostObject], name: str) -> None:
+def refuse_keyword(cls: type[HostObject], name: str) -> None:
+    """Raises the TypeError of a keyword that is no property of the class."""
     near = nearest(name, cls.__host_properties__)
     raise TypeError(f"{cls.__name__} has no property {name!r}{hint(near)}")
 

@@ -4,13 +4,14 @@ from __future__ import annotations
 
 import atexit
 import weakref
-from collections.abc import Callable, Iterable, Iterator, MutableSequence, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping, MutableSequence, Sequence
 from contextlib import contextmanager
 from itertools import islice
 from types import GenericAlias
 from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar, overload
 
 from kxsim import _host
+from kxsim._classes import HostObject, refuse_keyword
 from kxsim._dist import Distribution
 from kxsim._errors import HostError, always
 
@@ -25,6 +26,28 @@ else:
     _Mixed = object
 
 MANY = _host.Reading.MANY
+_COLUMNS = (list, _host.ObjectArray)
+_NO_COLUMNS = (str, bytes, Mapping)
+
+
+def column(name: object, values: Any) -> Any:
+    """The values given for each of several; TypeError for what is no list of them."""
+    if isinstance(values, _COLUMNS):
+        return values
+    if not isinstance(values, Iterable) or isinstance(values, _NO_COLUMNS):
+        raise TypeError(f"the values of {name!r} are a list, not {values!r}")
+    return list(values)
+
+
+def _note_place(error: Exception, columns: Mapping[str, Sequence[Any]]) -> None:
+    """Adds to an error which of the values is none for the host."""
+    for name, values in columns.items():
+        for k, value in enumerate(values):
+            try:
+                _host.round_trip(value)
+            except type(error):
+                error.add_note(f"This was for {name!r} of the element at place {k}, from 0.")
+                return
 
 
 class Model(_Mixed):
@@ -70,6 +93,26 @@ class Model(_Mixed):
         if conditions:
             arguments = (of_class or "mf.zero.ModelElement", conditions)
         return _host.invoke(self, "elements", arguments, MANY)
+
+    @overload
+    def createElements(self, of_class: type[E], /, **columns: Iterable[Any]) -> Objects[E]: ...
+    @overload
+    def createElements(
+        self, of_class: str | meta.Class, /, **columns: Iterable[Any]
+    ) -> Objects[Any]: ...
+    def createElements(self, of_class: Any, /, **columns: Iterable[Any]) -> Any:
+        """New elements of a class, in order, all or none of them; keywords name properties and
+        have their values, one for each element."""
+        if isinstance(of_class, type) and issubclass(of_class, HostObject):
+            for name in columns:
+                if name not in of_class.__host_properties__:
+                    refuse_keyword(of_class, name)
+        given = {name: column(name, values) for name, values in columns.items()}
+        try:
+            return _host.invoke(self, "createElements", (of_class, given), MANY)
+        except (TypeError, OverflowError) as error:
+            _note_place(error, given)
+            raise
 
     def roots(self) -> Objects[ModelElement]:
         """The elements that no other contains."""

@@ -19,14 +19,15 @@ from __future__ import annotations
 
 import math
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
-from functools import cached_property, partial
+from functools import cached_property
 from numbers import Real
-from typing import TYPE_CHECKING, Any, NamedTuple, overload
+from typing import TYPE_CHECKING, Any, NamedTuple, TypeAlias, overload
 
 import kxsim
 from kxsim import _describe, design
 from kxsim._distributions import generator as numpy_generator
 from kxsim._errors import always
+from kxsim._live import column
 
 if TYPE_CHECKING:
     from mf.zero import Model
@@ -159,8 +160,7 @@ class Study:
 
 def values(key: Any, items: Iterable[Any]) -> Study:
     """One varied quantity and its values, one run each."""
-    make = partial(_value_set, _checked(key), _listed(key, items))
-    return Study(make, (key,), _model_of(key))
+    return _study(_value_set(key, items))
 
 
 def grid(*parts: Any, **factors: Iterable[Any]) -> Study:
@@ -179,7 +179,7 @@ def zipped(*parts: Any, **factors: Iterable[Any]) -> Study:
     """
     children = _children(parts, factors)
     if len(children) == 1:
-        return children[0]
+        return _study(children[0])
     return _combined(design.Sequential, children, _check_equal_counts)
 
 
@@ -199,10 +199,11 @@ def draws(count: int, *parts: Mapping[Any, Any], rng: Any = None, **distribution
 
     def make(model: Any) -> Any:
         generator = None if rng is None else numpy_generator(rng)
-        drawn = [_drawn(model, key, source, generator) for key, source in pairs]
+        drawn = _made_at_once([_drawn(key, source, generator) for key, source in pairs], model)
         return design.RandomParameterSpace(model, NumSamples=int(count), Parameters=drawn)
 
-    return Study(make, _once(_checked(key) for key, _ in pairs), _first_model(pairs))
+    keys = _once([_checked(key) for key, _ in pairs])
+    return Study(make, keys, _first_model(keys))
 
 
 # How it is put together --------------------------------------------------------------------------
@@ -212,65 +213,127 @@ def _given_for(key: Any) -> str:
     return f"It was given for {key!r}."
 
 
-def _value_set(key: Any, items: list[Any], model: Any) -> Any:
+class _Parameter(NamedTuple):
+    """One varied quantity: a class of parameters, and the property that has what is given."""
+
+    key: Any
+    of_class: type[Any]
+    property: str
+    value: Any
+
+    def make(self, model: Any) -> Any:
+        try:
+            values = {self.property: self.value}
+            return self.of_class(model, ParameterType=_made(self.key, model), **values)
+        except Exception as error:
+            error.add_note(_given_for(self.key))
+            raise
+
+
+_Part: TypeAlias = Study | _Parameter
+
+
+def _value_set(key: Any, items: Any) -> _Parameter:
+    return _Parameter(_checked(key), design.ValueSetParameter, "Values", _listed(key, items))
+
+
+def _study(part: _Part) -> Study:
+    if isinstance(part, Study):
+        return part
+    return Study(part.make, (part.key,), _first_model([part.key]))
+
+
+def _made_at_once(parameters: Sequence[_Parameter], model: Any) -> Sequence[Any]:
+    """The elements of parameters of one class, in two calls."""
+    if not parameters:
+        return []
+    keys = [parameter.key for parameter in parameters]
+    values = {parameters[0].property: [parameter.value for parameter in parameters]}
     try:
-        return design.ValueSetParameter(model, ParameterType=_made(key, model), Values=items)
+        types = _all_made(keys, model)
+        return model.createElements(parameters[0].of_class, ParameterType=types, **values)
     except Exception as error:
-        error.add_note(_given_for(key))
-        raise
+        refused = error
+    for parameter in parameters:
+        parameter.make(model)  # raises for what was refused, and says for which key
+    raise refused
 
 
-def _combined(of_class: type, children: Sequence[Study], check: Any = None) -> Study:
+def _combined(of_class: type, children: Sequence[_Part], check: Any = None) -> Study:
     def make(model: Any) -> Any:
-        spaces = [child._make(model) for child in children]
+        spaces = _spaces(children, model)
         if check:
-            check(spaces)
+            check(children, spaces)
         return of_class(model, ParameterSpaces=spaces)
 
-    keys = _once(key for child in children for key in child._keys)
-    model = next((child._given_model for child in children if child._given_model), None)
-    return Study(make, keys, model)
+    studies = [child for child in children if isinstance(child, Study)]
+    keys = _once(_keys_of(children))
+    model = next((study._given_model for study in studies if study._given_model), None)
+    return Study(make, keys, model or _first_model(keys))
 
 
-def _check_equal_counts(spaces: Sequence[Any]) -> None:
-    if len({space.NumIterations for space in spaces}) > 1:
+def _keys_of(children: Sequence[_Part]) -> list[Any]:
+    keys: list[Any] = []
+    for child in children:
+        if isinstance(child, _Parameter):
+            keys.append(child.key)
+        else:
+            keys += child._keys
+    return keys
+
+
+def _spaces(children: Sequence[_Part], model: Any) -> Sequence[Any]:
+    parameters = [child for child in children if isinstance(child, _Parameter)]
+    made = _made_at_once(parameters, model)
+    if len(parameters) == len(children):
+        return made
+    rest = iter(made)
+    return [
+        next(rest) if isinstance(child, _Parameter) else child._make(model) for child in children
+    ]
+
+
+def _check_equal_counts(children: Sequence[_Part], spaces: Sequence[Any]) -> None:
+    counts = {
+        len(child.value) if isinstance(child, _Parameter) else spaces[k].NumIterations
+        for k, child in enumerate(children)
+    }
+    if len(counts) > 1:
         told = "; ".join(_describe.tree(space).splitlines()[0] for space in spaces)
         raise ValueError(f"what is zipped must have equally many runs: {told}")
 
 
-def _drawn(model: Any, key: Any, source: Any, generator: Any) -> Any:
+def _drawn(key: Any, source: Any, generator: Any) -> _Parameter:
     try:
         if generator is not None:
             source = kxsim.distribution(source, rng=generator)
-        made = _made(key, model)
-        return design.RandomParameter(model, ParameterType=made, Distribution=source)
     except Exception as error:
         error.add_note(_given_for(key))
         raise
+    return _Parameter(key, design.RandomParameter, "Distribution", source)
 
 
-def _children(parts: Iterable[Any], factors: Mapping[str, Any]) -> list[Study]:
-    children = [child for part in parts for child in _studies_of(part)]
-    children += [values(key, items) for key, items in factors.items()]
+def _children(parts: Iterable[Any], factors: Mapping[str, Any]) -> list[_Part]:
+    children = [child for part in (*parts, factors) for child in _parts_of(part)]
     if not children:
         raise ValueError("a study varies something: give at least one part")
     return children
 
 
-def _studies_of(part: Any) -> list[Study]:
+def _parts_of(part: Any) -> Sequence[_Part]:
     if isinstance(part, Study):
         return [part]
     if isinstance(part, design.ParameterSpace):
         return [Study.of(part)]
     if isinstance(part, Mapping):
-        return [values(key, items) for key, items in part.items()]
+        return [_value_set(key, items) for key, items in part.items()]
     return [zipped(_columns_of(part))]
 
 
 def _columns_of(table: Any) -> dict[Any, list[Any]]:
     """The columns of a data frame or of a sequence of mappings with the same keys."""
     if hasattr(table, "columns") and hasattr(table, "__getitem__"):
-        return {name: list(table[name]) for name in _once(table.columns)}
+        return {name: list(table[name]) for name in _once(list(table.columns))}
     rows = list(table) if isinstance(table, Iterable) and not isinstance(table, str) else []
     if not rows or not all(isinstance(row, Mapping) for row in rows):
         raise TypeError(f"this is no study, mapping or list of runs: {table!r}")
@@ -287,16 +350,8 @@ def _pairs(parts: Iterable[Mapping[Any, Any]], more: Mapping[str, Any]) -> list[
     return pairs
 
 
-_NO_LISTS = (str, bytes, Mapping)
-
-
 def _listed(key: Any, items: Any) -> list[Any]:
-    is_list = isinstance(items, list) or (
-        isinstance(items, Iterable) and not isinstance(items, _NO_LISTS)
-    )
-    if not is_list:
-        raise TypeError(f"the values of {key!r} are a list, not {items!r}")
-    listed = list(items)
+    listed = list(column(key, items))
     if not listed:
         raise ValueError(f"{key!r} has no values")
     return listed
@@ -310,12 +365,11 @@ def _checked(key: Any) -> Any:
     return key
 
 
-def _once(keys: Iterable[Any]) -> list[Any]:
-    listed = list(keys)
-    if len(set(listed)) < len(listed):
-        again = next(key for k, key in enumerate(listed) if key in listed[:k])
+def _once(keys: Sequence[Any]) -> Sequence[Any]:
+    if len(set(keys)) < len(keys):
+        again = next(key for k, key in enumerate(keys) if key in keys[:k])
         raise ValueError(f"{again!r} is varied twice")
-    return listed
+    return keys
 
 
 def _made(key: Any, model: Any) -> Any:
@@ -324,10 +378,17 @@ def _made(key: Any, model: Any) -> Any:
     return key.make(model) if isinstance(key, Target) else key
 
 
-def _model_of(key: Any) -> Any:
-    is_element = not isinstance(key, str) and isinstance(key, design.ParameterType)
-    return key.model() if is_element else None
+def _all_made(keys: Sequence[Any], model: Any) -> Sequence[Any]:
+    names = [key for key in keys if isinstance(key, str)]
+    variables = model.createElements(design.Variable, Name=names)
+    if len(names) == len(keys):
+        return variables
+    rest = iter(variables)
+    return [next(rest) if isinstance(key, str) else _made(key, model) for key in keys]
 
 
-def _first_model(pairs: Iterable[tuple[Any, Any]]) -> Any:
-    return next((model for key, _ in pairs if (model := _model_of(key))), None)
+def _first_model(keys: Iterable[Any]) -> Any:
+    """The model of the first element among the keys."""
+    targets = (key for key in keys if not isinstance(key, str))
+    elements = (key for key in targets if isinstance(key, design.ParameterType))
+    return next((element.model() for element in elements), None)

@@ -64,6 +64,8 @@ constexpr CatalogEntry kCatalog[] = {
      "given was: {0}."},
     {"ObserversDoNotSettle",
      "The observers of the model keep changing it in answer to each other's changes."},
+    {"UnequalColumns", "Each property has one value for each of the elements, but '{0}' has {1}."},
+    {"ForElement", "This was for the element at place {0}, counted from 0."},
 };
 
 std::string_view textOf(std::string_view key) {

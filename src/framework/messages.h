@@ -184,6 +184,14 @@ struct CannotTellObserver : Message {
 struct ObserversDoNotSettle : Message {
   ObserversDoNotSettle() : Message("ObserversDoNotSettle") {}
 };
+struct UnequalColumns : Message {
+  UnequalColumns(std::string_view property, std::string_view count)
+      : Message("UnequalColumns", property, count) {}
+};
+/// Not a failure of its own: follows the one of one among many elements.
+struct ForElement : Message {
+  explicit ForElement(std::string_view place) : Message("ForElement", place) {}
+};
 
 }  // namespace mf0::messages
 

@@ -100,6 +100,19 @@ TEST_F(ConstructionTest, AStructIsHeldToWhatSettersRefuse) {
   EXPECT_EQ(number(call(in, "size")), 0);
 }
 
+TEST_F(ConstructionTest, ColumnsAreHeldToWhatSettersRefuse) {
+  const ArrayPtr in = model();
+  const auto parameters = [&](const ArrayPtr& values) {
+    return tryCall(in, "createElements",
+                   {"kxsim.design.ValueSetParameter", record({{"Values", values}})});
+  };
+  const auto refused = parameters(cell({cell({1, 2}), cell({}), 5}));
+  EXPECT_EQ(errorOf(refused), "Kxsim:Design:ValuesMustBeCellArray");
+  EXPECT_NE(refused.error->item(1).text.find("place 2"), std::string::npos);
+  EXPECT_EQ(number(call(in, "size")), 0);
+  EXPECT_EQ(vexal::elementCount(valueOf(parameters(cell({cell({1, 2}), cell({})}))).get()), 2U);
+}
+
 TEST_F(ConstructionTest, AStructFillsReferencesCollectionsAndContents) {
   const ArrayPtr in = model();
   const ArrayPtr a = factor(in, "a", cell({1}));

@@ -49,6 +49,8 @@ std::vector<Message> oneOfEach() {
       CannotCompareProperty("@one", "@two"),
       CannotTellObserver("@one"),
       ObserversDoNotSettle(),
+      UnequalColumns("@one", "@two"),
+      ForElement("@one"),
   };
 }
 

@@ -165,6 +165,43 @@ def test_a_refused_study_leaves_the_model_as_it_was(model):
     assert len(model) == 0 and caught.value.__notes__ == ["It was given for 'a'."]
 
 
+def test_parts_keep_their_order_and_each_refusal_its_key(model):
+    gain = design.Variable(model, Name="gain")
+    study = zipped(
+        {"a": [1, 2], block: [3, 4], gain: [5, 6]},
+        grid(b=[7, 8]),
+        draws(2, c=kxsim.dist.Uniform(0, 1)),
+    )
+    spaces = study.space.ParameterSpaces
+    assert study.model == model and [*study[1]] == ["a", "motor/pid:Kp", "gain", "b", "c"]
+    assert [type(space).__name__ for space in spaces[2:]] == [
+        "ValueSetParameter",
+        "Exhaustive",
+        "RandomParameterSpace",
+    ]
+    with pytest.raises(ValueError, match="a: 2 runs, 1, 2; grid: 1 run"):
+        zipped({"a": [1, 2]}, grid(b=[1])).build(model)
+    elements = len(model)
+    wrong = target(design.BlockParameter, Name=3)
+    sources = {"a": kxsim.dist.Uniform(0, 1), "b": 3}
+    for refused, key in [
+        (grid(a=[1], b=[2, 1j], c=[1j]), "b"),
+        (grid({"a": [1], wrong: [2]}), wrong),
+        (grid({gain: [1]}, a=[{1: 2}]), "a"),
+        (draws(2, sources), "b"),
+        (draws(2, sources, rng=1), "b"),
+    ]:
+        with pytest.raises((TypeError, kxsim.HostError)) as caught:
+            refused.build(model)
+        assert caught.value.__notes__[-1] == f"It was given for {key!r}."
+        assert "place" not in "".join(caught.value.__notes__) and len(model) == elements
+        assert caught.value.__context__ is None
+    other = kxsim.Model()
+    with pytest.raises(kxsim.HostError, match="CrossModel") as caught:
+        grid({gain: [1], design.Variable(other, Name="b"): [1]}).build(model)
+    assert "b" in caught.value.__notes__[-1] and len(model) == elements
+
+
 def test_runs_are_made_as_a_whole_or_not_at_all(model):
     class Tiring:
         left = 3

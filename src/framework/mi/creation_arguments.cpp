@@ -96,20 +96,23 @@ void setContents(BuilderValues& values, const PropertyInfo& property, const vxAr
   }
 }
 
-void setField(BuilderValues& values, std::string_view name, const vxArray* value) {
-  const ClassInfo& info = values.classInfo();
+}  // namespace
+
+const PropertyInfo& settableProperty(const ClassInfo& info, std::string_view name) {
   const PropertyInfo* const property = propertyNamed(info, name);
   if (!property) reportException(mf0::messages::NoSuchProperty(info.qualifiedName, name));
   if (property->has(kReadOnly)) {
     reportException(mf0::messages::CannotSetReadOnlyProperty(
         std::string(property->owner->qualifiedName) + '.' + std::string(name)));
   }
-  if (property->has(kContainment)) return setContents(values, *property, value);
-  if (!property->has(kMany)) return values.set(*property, valueOf(*property, value));
-  for (Value& item : valuesOf(*property, value)) values.add(*property, std::move(item));
+  return *property;
 }
 
-}  // namespace
+void setProperty(BuilderValues& values, const PropertyInfo& property, const vxArray* value) {
+  if (property.has(kContainment)) return setContents(values, property, value);
+  if (!property.has(kMany)) return values.set(property, valueOf(property, value));
+  for (Value& item : valuesOf(property, value)) values.add(property, std::move(item));
+}
 
 std::unique_ptr<Builder> createBuilderFromStruct(const vxArray* records, std::size_t index,
                                                  const Model& model, const ClassInfo& info) {
@@ -118,7 +121,7 @@ std::unique_ptr<Builder> createBuilderFromStruct(const vxArray* records, std::si
   const std::span<const std::string> names = vexal::fieldNames(records);
   values.reserve(names.size());
   for (std::size_t k = 0; k < names.size(); ++k) {
-    setField(values, names[k], vexal::fieldAt(records, k, index));
+    setProperty(values, settableProperty(info, names[k]), vexal::fieldAt(records, k, index));
   }
   return builder;
 }

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <span>
+#include <string_view>
 
 #include "framework/builder.h"
 #include "framework/export.h"
@@ -19,6 +20,13 @@ namespace detail {
 /// An identity as text (8-4-4-4-12 hexadecimal digits of either case, with or without braces) or
 /// as 16 numbers from 0 to 255. Raises InvalidValue for anything else and for the nil identity.
 MF0_API uuid extractUuid(const vxArray* identity);
+
+/// The property of that name, of which an element may be given a first value. Raises
+/// NoSuchProperty and CannotSetReadOnlyProperty.
+const PropertyInfo& settableProperty(const ClassInfo& info, std::string_view name);
+
+/// Takes a first value as fields of structs have it (below).
+void setProperty(BuilderValues& values, const PropertyInfo& property, const vxArray* value);
 
 /// A builder of the class that has the values of the index-th struct of an array: every field sets
 /// the property of that name. A many-valued property takes an array or cell array, a containment

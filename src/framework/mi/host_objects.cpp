@@ -8,6 +8,7 @@
 #include "framework/meta/meta.h"
 #include "framework/model_impl.h"
 #include "host/cell.h"
+#include "host/diagnostic.h"
 #include "host/text.h"
 #include "host/vcos/om.h"
 
@@ -180,6 +181,15 @@ ModelElement elementOf(const vxArray* object) {
   return ModelElement(&elementIn(native));
 }
 
+ModelElement elementOf(const vxArray* objects, std::size_t k) {
+  if (vexal::isCell(objects)) return elementOf(vexal::cellElement(objects, k));
+  const auto natives = vcos::factory::impl::nativesOf(objects, kElements);
+  if (natives.empty()) return elementOf(omGetArrayElement(objects, k).get());
+  auto* const element = static_cast<ElementImpl*>(natives[k]);
+  if (element->isDestroyed()) vxErrMsgId(component_Vexal::catalog_class::key_InvalidHandle);
+  return ModelElement(element);
+}
+
 std::vector<ModelElement> elementsOf(const vxArray* objects) {
   const Native view = vcos::factory::impl::nativeOf(objects, kCollections);
   const auto* property = static_cast<const PropertyInfo*>(view.part);
@@ -191,11 +201,8 @@ std::vector<ModelElement> elementsOf(const vxArray* objects) {
     return elements;
   }
   const std::size_t count = vexal::elementCount(objects);
-  const bool isCell = vexal::isCell(objects);
-  for (std::size_t k = 0; k < count; ++k) {
-    elements.push_back(isCell ? elementOf(vexal::cellElement(objects, k))
-                              : elementOf(omGetArrayElement(objects, k).get()));
-  }
+  elements.reserve(count);
+  for (std::size_t k = 0; k < count; ++k) elements.push_back(elementOf(objects, k));
   return elements;
 }
 

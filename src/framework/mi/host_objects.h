@@ -100,6 +100,10 @@ vexal::ArrayPtr toHost(std::vector<X> elements) {
 /// object that is no element.
 MF0_API ModelElement elementOf(const vxArray* object);
 
+/// The same of the k-th object, k below the count, of an object array or of a cell array of
+/// objects.
+MF0_API ModelElement elementOf(const vxArray* objects, std::size_t k);
+
 /// The elements of an object array, of a cell array of objects or of a live collection; none of an
 /// empty array. Raises what elementOf() raises.
 MF0_API std::vector<ModelElement> elementsOf(const vxArray* objects);

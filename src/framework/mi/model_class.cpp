@@ -4,6 +4,7 @@
 #include "framework/messages.h"
 #include "framework/meta/registry.h"
 #include "framework/mi/creation_arguments.h"
+#include "framework/mi/creation_columns.h"
 #include "framework/mi/element_property.h"
 #include "framework/mi/host_classes.h"
 #include "framework/mi/host_objects.h"
@@ -74,6 +75,11 @@ ArrayPtr elements(const MethodCall& call) {
   return toHost(query.select(), info);
 }
 
+ArrayPtr createElements(const MethodCall& call) {
+  const ClassInfo& info = elementClass(call.inputs[0]);
+  return toHost(createFromColumns(call.inputs[1], ownModel(call), info), info);
+}
+
 ArrayPtr roots(const MethodCall& call) {
   return toHost(self(call)->roots(), ModelElement::classInfo());
 }
@@ -129,6 +135,14 @@ constexpr VcosMethod kMethods[] = {
      .doc = "All elements, or those of a class (by name or meta class) and its subclasses. Every "
             "field of the conditions names a property and the value that it must have; a "
             "collection must hold all values given."},
+    {.name = "createElements",
+     .inputNames = "class columns",
+     .outputType = "mf.zero.ModelElement vector",
+     .inputTypes = "any, struct scalar",
+     .body = &createElements,
+     .doc = "Creates elements of a class (by name or meta class), all or none of them, and answers "
+            "them in order. Every field of the columns names a property and holds its values, one "
+            "for each element: a cell array or an array of numbers, truth values or objects."},
     {.name = "roots",
      .outputType = kElementName,
      .body = &roots,

@@ -185,6 +185,15 @@ Native nativeOf(const vxArray* object, const NativeFamily& family) noexcept {
   return isOfFamily ? vcos::detail::nativeIn(*content) : Native{};
 }
 
+std::span<void* const> nativesOf(const vxArray* objects, const NativeFamily& family) noexcept {
+  if (objects == nullptr || objects->content->layout != vexal::detail::Layout::Natives) return {};
+  const Content& content = *objects->content;
+  const auto& head = vexal::detail::headOf<NativeHead>(content);
+  if (head.state != State::Block || head.family != &family) return {};
+  return {static_cast<void* const*>(vexal::detail::elementsOf(content)),
+          vexal::detail::countOf(content)};
+}
+
 }  // namespace factory::impl
 }  // namespace vcos
 

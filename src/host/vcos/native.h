@@ -132,5 +132,10 @@ VEXAL_API Native validateSelfPointer(const vxArray* object);
 /// The same, but empty instead of an error, whatever the array; for natives of one family.
 VEXAL_API Native nativeOf(const vxArray* object, const NativeFamily& family) noexcept;
 
+/// The natives of an array that was made of many of one family (announceAll), living or not;
+/// none of any other array. Valid until the array is changed or released.
+VEXAL_API std::span<void* const> nativesOf(const vxArray* objects,
+                                           const NativeFamily& family) noexcept;
+
 }  // namespace factory::impl
 }  // namespace vcos
