@@ -28,6 +28,13 @@ class SampleTable {
     limit_ = static_cast<double>(runs.size());
   }
   std::size_t runs() const { return starts_.size() - 1; }
+  /// Has what combining a run will touch fetched; a hint.
+  void prefetch(std::size_t run) const {
+    if (run >= runs()) return;
+    for (std::size_t i = starts_[run]; i != starts_[run + 1]; ++i) {
+      samples_[i].impl()->prefetchReferrers();
+    }
+  }
   /// Makes room at the samples for `uses` combined runs, spread evenly over this child's.
   void expectUses(std::size_t uses) const {
     const std::size_t each = uses / std::max<std::size_t>(runs(), 1);
@@ -50,17 +57,28 @@ class SampleTable {
     for (std::size_t i = starts_[run]; i != end; ++i) *to++ = samples_[i].impl();
     return to;
   }
-  /// The same for the run that a 1-based level of a design matrix stands for.
-  ElementImpl** writeLevel(double level, ElementImpl** to) const {
+  /// The same for the run that a 1-based level of a design matrix stands for. Most levels are those
+  /// of the combination before, whose samples stand at `to` already.
+  ElementImpl** writeLevel(double level, ElementImpl** to) {
+    if (level == written_.level && to == written_.from) return written_.end;
     const double index = level - 1.0;
     if (!(index >= 0.0 && index < limit_)) host::raiseDesignError("InvalidDesignMatrix");
-    return writeRun(static_cast<std::size_t>(static_cast<std::ptrdiff_t>(index)), to);
+    const auto run = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(index));
+    written_ = {level, to, writeRun(run, to)};
+    return written_.end;
   }
 
  private:
+  struct Written {
+    double level = 0.0;  ///< none
+    ElementImpl** from = nullptr;
+    ElementImpl** end = nullptr;
+  };
+
   std::vector<mf::zero::ModelElement> samples_;  ///< held: an observer may destroy them meanwhile
   std::vector<std::size_t> starts_;
   double limit_ = 0.0;  ///< the number of runs
+  Written written_;
 };
 
 std::vector<SampleTable> tablesOf(const std::vector<std::vector<Iteration>>& lists) {
@@ -74,10 +92,10 @@ std::size_t widthOf(const std::vector<SampleTable>& tables) {
   return width;
 }
 
-/// A new run that refers to the given samples, by the only property that it has.
-Iteration createRun(const mf::zero::Model& model, std::span<ElementImpl* const> samples) {
+/// For new runs that refer to samples, by the only property that a run has.
+Iteration::Series seriesOfRuns(const mf::zero::Model& model) {
   static_assert(std::size(Iteration::Impl::kProperties) == 1);
-  return Iteration::createReferring(model, Iteration::Impl::kProperties[0], samples);
+  return {model, Iteration::Impl::kProperties[0]};
 }
 
 /// The design matrix for the children's level counts: a row per child, a column per run.
@@ -201,7 +219,7 @@ Plan::Runs Plan::combine(const Node& node, const std::vector<Runs>& lists) const
 Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists) const {
   std::vector<double> levels;
   for (const std::size_t child : node.children) levels.push_back(nodes_[child].count);
-  const std::vector<SampleTable> tables = tablesOf(lists);
+  std::vector<SampleTable> tables = tablesOf(lists);
   std::vector<ElementImpl*> samples(widthOf(tables));
   const std::size_t count = runsOf(node.count);
   const host::ArrayPtr matrix = designMatrix(levels);
@@ -211,14 +229,13 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
   // Without factors there is one run, whatever the matrix is.
   const auto design = levels.empty() ? std::span<const double>() : host::doubleData(matrix.get());
   const mf::zero::Model model = node.space->getModel();
+  Iteration::Series series = seriesOfRuns(model);
+  auto next = design.begin();
   for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t column = i * levels.size();
-    if (column + levels.size() > design.size()) host::raiseDesignError("InvalidDesignMatrix");
+    if (design.end() - next < std::ssize(tables)) host::raiseDesignError("InvalidDesignMatrix");
     ElementImpl** end = samples.data();
-    for (std::size_t j = 0; j < tables.size(); ++j) {
-      end = tables[j].writeLevel(design[column + j], end);
-    }
-    runs.push_back(createRun(model, {samples.data(), end}));
+    for (SampleTable& table : tables) end = table.writeLevel(*next++, end);
+    runs.push_back(series.create({samples.data(), end}));
   }
   return runs;
 }
@@ -230,11 +247,15 @@ Plan::Runs Plan::pairUp(const Node& node, const std::vector<Runs>& lists) const 
   // A count may promise more than a child gives; the shortest list ends it.
   for (const SampleTable& table : tables) count = std::min(count, table.runs());
   const mf::zero::Model model = node.space->getModel();
+  Iteration::Series series = seriesOfRuns(model);
   Runs runs;
   for (std::size_t i = 0; i < count; ++i) {
     ElementImpl** end = samples.data();
-    for (const SampleTable& table : tables) end = table.writeRun(i, end);
-    runs.push_back(createRun(model, {samples.data(), end}));
+    for (const SampleTable& table : tables) {
+      end = table.writeRun(i, end);
+      table.prefetch(i + 2);
+    }
+    runs.push_back(series.create({samples.data(), end}));
   }
   return runs;
 }

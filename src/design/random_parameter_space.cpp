@@ -14,15 +14,29 @@ namespace kxsim::design {
 
 namespace {
 
+/// What a parameter draws from, kept from draw to draw for as long as it stays the same: what
+/// draws is foreign code and may set the parameter's distribution anew.
+class Source {
+ public:
+  /// The distribution that the parameter has now, or an empty array.
+  const vxArray* of(const RandomParameter& parameter) {
+    const vxArray* const distribution = parameter->getDistribution();
+    if (!kept_ || !vexal::sharesContent(kept_.get(), distribution)) {
+      kept_ = distribution ? host::deepCopy(distribution) : host::createDoubleMatrix(0, 0);
+    }
+    return kept_.get();
+  }
+
+ private:
+  host::ArrayPtr kept_;
+};
+
 /// One draw of the parameter's distribution as a sample of its target.
-ParameterSample draw(const mf::zero::Model& model, const RandomParameter& parameter) {
-  const ParameterSample sample = ParameterSample::create(model);
+ParameterSample draw(const mf::zero::Model& model, const RandomParameter& parameter,
+                     Source& source) {
+  ParameterSample sample = ParameterSample::create(model);
   sample->setParameterType(parameter->getParameterType());
-  // Held for the length of the call: what draws may set the parameter's distribution anew.
-  const auto distribution = vexal::copyForProperty(parameter->getDistribution());
-  const host::ArrayPtr nothing = distribution ? nullptr : host::createDoubleMatrix(0, 0);
-  const host::ArrayPtr value =
-      host::call("random", distribution ? distribution.get() : nothing.get());
+  const host::ArrayPtr value = host::call("random", source.of(parameter));
   sample->setValue(value.get());
   return sample;
 }
@@ -37,6 +51,7 @@ std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
   iterations.reserve(runs);
   const mf::zero::Model model = getModel();
   std::vector<RandomParameter> parameters;
+  std::vector<Source> sources;
   std::vector<ParameterSample> samples;
   std::vector<mf::zero::ElementImpl*> drawn;
   for (std::size_t i = 0; i < runs; ++i) {
@@ -44,10 +59,12 @@ std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
     // Asked anew for every run: what draws is foreign code and may change them.
     parameters.clear();
     for (const RandomParameter& parameter : getParameters()) parameters.push_back(parameter);
+    sources.resize(parameters.size());
     samples.clear();
     drawn.clear();
-    for (const RandomParameter& parameter : parameters) {
-      drawn.push_back(samples.emplace_back(draw(model, parameter)).impl());
+    for (std::size_t k = 0; k < parameters.size(); ++k) {
+      samples.push_back(draw(model, parameters[k], sources[k]));
+      drawn.push_back(samples.back().impl());
     }
     iteration->getParameterSamplesMutable().append(drawn);
     iterations.push_back(std::move(iteration));

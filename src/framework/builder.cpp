@@ -168,15 +168,14 @@ ModelElement createElement(const ClassInfo& info, const Model& model, const uuid
   return element;
 }
 
-ModelElement createReferring(const ClassInfo& info, const Model& model, const PropertyInfo& list,
-                             std::span<ElementImpl* const> targets) {
+ElementSeries::ElementSeries(const ClassInfo& info, const Model& model, const PropertyInfo& list)
+    : model_(openImpl(model)), info_(info), list_(list) {
   if (!info.isA(*list.owner)) {
     reportException(mf0::messages::NoSuchProperty(info.qualifiedName, toUtf8(list.name)));
   }
   if (!list.isReferenceList()) {
     reportException(mf0::messages::CannotCastIncompatibleTypes(list.type));
   }
-  return references::create(openImpl(model), info, list, targets);
 }
 
 }  // namespace mf::zero

@@ -117,9 +117,7 @@ template <class X>
 class TypedBuilder : public Builder {
  public:
   explicit TypedBuilder(Model model = {}) : Builder(X::classInfo(), std::move(model)) {}
-  X create(const uuid& identity = {}) const {
-    return X(static_cast<typename X::Impl*>(Builder::create(identity).impl()));
-  }
+  X create(const uuid& identity = {}) const { return X(KnownClass(), Builder::create(identity)); }
 
   /// The values under the class's own names; BuilderImpl adds names and nothing else.
   auto& values() const { return static_cast<typename X::Impl::BuilderImpl&>(Builder::values()); }

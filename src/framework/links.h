@@ -62,10 +62,13 @@ inline void reserveReferrer(ElementImpl& target) {
 /// Room must have been made.
 void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
            ElementImpl& target) noexcept;
-/// Notes a referrer at the target, where room must have been made; answers the note's number.
+/// Notes a referrer at the target, where room must have been made; answers the note's number. What
+/// is often referred to will be again: the line of memory after the note is asked for.
 inline std::uint32_t noteReferrer(ElementImpl& target, Incoming entry) noexcept {
   IncomingList* list = Raw::incoming(target);
-  list->entries()[list->size] = entry;
+  Incoming* const note = list->entries() + list->size;
+  *note = entry;
+  __builtin_prefetch(note + 8, 1);
   return list->size++;
 }
 /// Whether the target's newest note is from the same list or reference as `entry`.

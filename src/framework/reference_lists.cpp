@@ -6,18 +6,21 @@
 #include "framework/reference_steps.h"
 #include "framework/references.h"
 
-namespace mf::zero::references {
+namespace mf::zero {
+
+namespace references {
 
 namespace {
 
 /// Lists up to this long are compared element by element, which beats every cleverness.
 constexpr std::size_t kShortList = 32;
 
-bool holds(const ReferenceList& list, ElementId id) {
-  for (std::uint32_t i = 0; i < list.size; ++i) {
-    if (list.slots[i].target == id) return true;
-  }
-  return false;
+/// Whether a list holds one of `targets`, or may: null is none of its elements either.
+bool mayHoldAny(const ReferenceList& list, std::span<ElementImpl* const> targets) {
+  const std::span slots(list.slots, list.size);
+  return !slots.empty() && std::ranges::any_of(targets, [&](const ElementImpl* target) {
+    return !target || std::ranges::find(slots, target->id(), &ReferenceSlot::target) != slots.end();
+  });
 }
 
 /// Slots behind a list's end that are being filled; their notes go again unless they are kept.
@@ -33,14 +36,15 @@ struct Filling {
 
 /// Puts plain references at the end of a list, each checked and noted in one go. False, and none is
 /// there, when a target needs a closer look: it may be a proxy, held already, or none to refer to.
+/// `welcome` is the layout of targets that suited before, which says class and model at once.
 bool putAtEnd(ElementImpl& owner, const PropertyInfo& property,
-              std::span<ElementImpl* const> targets) {
+              std::span<ElementImpl* const> targets, const ClassLayout*& welcome) {
   ReferenceList& list = listOf(owner, property);
+  if (mayHoldAny(list, targets)) return false;
   const std::uint32_t before = list.size;
   links::reserveSlots(owner, property, before + targets.size());
   Filling filling{owner, list.slots + before};
   Incoming note{owner.id(), links::link(property, before)};
-  const ClassLayout* welcome = nullptr;  // says class and model at once
   for (ElementImpl* target : targets) {
     if (!target || !Raw::isPlain(*target)) return false;
     const Chunk& chunk = *Chunk::of(target);
@@ -48,12 +52,10 @@ bool putAtEnd(ElementImpl& owner, const PropertyInfo& property,
       if (!isWelcome(owner.model(), property, target)) return false;
       welcome = chunk.layout;
     }
-    const ElementId id = chunk.idOf(target);
-    if (before > 0 && holds(list, id)) return false;
     links::reserveReferrer(*target);
     // What this very call has put there has its note as the newest.
     if (links::isNewestFrom(*target, note)) return false;
-    *filling.next = {id, links::noteReferrer(*target, note)};
+    *filling.next = {chunk.idOf(target), links::noteReferrer(*target, note)};
     ++filling.next;
     ++note.link;
   }
@@ -69,7 +71,8 @@ bool appendAtOnce(ElementImpl& owner, const PropertyInfo& property,
   const bool recorded = model.isRecording() && !coveredByCreation(model, owner, property);
   if (recorded) model.log().makeRoom();
   const std::uint32_t before = listOf(owner, property).size;
-  if (!putAtEnd(owner, property, targets)) return false;
+  const ClassLayout* welcome = nullptr;
+  if (!putAtEnd(owner, property, targets, welcome)) return false;
   if (recorded) {
     model.log().add({.kind = UndoKind::kInsert,
                      .property = property.index,
@@ -98,40 +101,6 @@ void append(ElementImpl& owner, const PropertyInfo& property,
   links::reserveSlots(owner, property, total);
   for (ElementImpl* target : targets) insert(owner, property, kEnd, target);
   scope.done();
-}
-
-namespace {
-
-/// A new element of which nobody has been told, its plain list filled at once; null, and nothing
-/// done, where that does not go.
-ElementImpl* createAtOnce(ModelImpl& model, const ClassInfo& info, const PropertyInfo& property,
-                          std::span<ElementImpl* const> targets) {
-  if (!isSimple(property)) return nullptr;
-  ElementImpl* const element = model.createElement(info, {});
-  try {
-    if (putAtEnd(*element, property, targets)) return element;
-  } catch (...) {
-    model.uncreate(*element);
-    throw;
-  }
-  model.uncreate(*element);
-  return nullptr;
-}
-
-}  // namespace
-
-ModelElement create(ModelImpl& model, const ClassInfo& info, const PropertyInfo& property,
-                    std::span<ElementImpl* const> targets) {
-  if (ElementImpl* const element = createAtOnce(model, info, property, targets)) {
-    ModelElement created(element);
-    model.publishIfOutermost();
-    return created;
-  }
-  ModelImpl::Scope scope(model);
-  ModelElement created(model.createElement(info, {}));
-  append(*created.impl(), property, targets);
-  scope.done();
-  return created;
 }
 
 void move(ElementImpl& owner, const PropertyInfo& property, std::uint32_t from,
@@ -223,4 +192,36 @@ void tidyAfter(ModelImpl& model, std::span<const UndoRecord> records) noexcept {
   }
 }
 
-}  // namespace mf::zero::references
+}  // namespace references
+
+// ElementSeries
+
+/// An element of which nobody has been told, its plain list filled at once; null, and nothing done,
+/// where that does not go.
+inline ElementImpl* ElementSeries::createAtOnce(std::span<ElementImpl* const> targets) {
+  if (!references::isSimple(list_)) return nullptr;
+  ElementImpl* const element = model_.createElement(info_, {});
+  try {
+    if (references::putAtEnd(*element, list_, targets, welcome_)) return element;
+  } catch (...) {
+    model_.uncreate(*element);
+    throw;
+  }
+  model_.uncreate(*element);
+  return nullptr;
+}
+
+ModelElement ElementSeries::create(std::span<ElementImpl* const> targets) {
+  if (ElementImpl* const element = createAtOnce(targets)) {
+    ModelElement created(element);
+    model_.publishIfOutermost();
+    return created;
+  }
+  ModelImpl::Scope scope(model_);
+  ModelElement created(model_.createElement(info_, {}));
+  references::append(*created.impl(), list_, targets);
+  scope.done();
+  return created;
+}
+
+}  // namespace mf::zero

@@ -30,10 +30,6 @@ void insert(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posi
 /// Puts all of `targets` at the end of a list, or none; one transaction.
 void append(ElementImpl& owner, const PropertyInfo& property,
             std::span<ElementImpl* const> targets);
-/// A new element of the class whose list `property` holds all of `targets`, or none; one
-/// transaction.
-ModelElement create(ModelImpl& model, const ClassInfo& info, const PropertyInfo& property,
-                    std::span<ElementImpl* const> targets);
 /// Puts what the slot `from` holds before the slot `before`, or at the end. The other ends stay
 /// as they are; one transaction.
 void move(ElementImpl& owner, const PropertyInfo& property, std::uint32_t from,

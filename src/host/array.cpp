@@ -119,6 +119,10 @@ PropertyArrayPtr copyForProperty(const vxArray* array) {
   return PropertyArrayPtr(detail::newHeader(std::move(content), detail::Role::Property));
 }
 
+bool sharesContent(const vxArray* a, const vxArray* b) noexcept {
+  return a == b || (a != nullptr && b != nullptr && a->content == b->content);
+}
+
 ArrayCounts arrayCounts() {
   detail::requireHostThread();
   detail::releasePutAside();

@@ -78,6 +78,9 @@ VEXAL_API ArrayPtr deepCopy(const vxArray* array);
 /// The property copy of an array, equally independent; null for null.
 VEXAL_API PropertyArrayPtr copyForProperty(const vxArray* array);
 
+/// Whether one is a copy of the other and neither has changed since; also of nulls.
+VEXAL_API bool sharesContent(const vxArray* a, const vxArray* b) noexcept;
+
 /// What the host has given out and taken back.
 struct ArrayCounts {
   std::size_t live = 0;                ///< arrays not yet destroyed, property copies aside

@@ -85,6 +85,38 @@ TEST_F(RandomGenerationTest, AnUnsetDistributionIsDrawnAsAnEmptyMatrix) {
   EXPECT_EQ(given, (Lines{"empty 0-by-0 double array", "empty 0-by-0 double array"}));
 }
 
+TEST_F(RandomGenerationTest, ADistributionThatIsSetMeanwhileCountsFromTheNextDraw) {
+  const auto a = drawn(u"a", vexal::makeUniform(7, 8));
+  const auto space = samples(3, {a});
+  std::size_t samplesSeen = 0;
+  const auto subscription = model()->observe([&](const mf::zero::ChangeSet&) {
+    if (std::exchange(samplesSeen, count<ParameterSample>()) == samplesSeen) return;
+    const Numbers only{static_cast<double>(samplesSeen)};
+    a->setDistribution(vexal::makeChoice(vexal::createDoubleRow(only).get()).get());
+  });
+  EXPECT_EQ(runsOf(space), (Lines{"a=1", "a=2", "a=3"}));
+}
+
+TEST_F(RandomGenerationTest, RunsOfDifferentLengthsAreCombinedInAnyOrder) {
+  const auto space = samples(3, {numbered(u"a", 1)});
+  const auto late = numbered(u"late", 2);
+  std::size_t draws = 0;
+  const ScopedFunction random("random", function([&](const Call&) {
+                                if (++draws == 2) space->getParametersMutable().add(late);
+                                return vexal::createDouble(static_cast<double>(draws));
+                              }));
+  const ScopedFunction scrambled("kxsim.design.fullfact", function([](const Call&) {
+                                   ArrayPtr matrix = vexal::createDoubleMatrix(2, 6);
+                                   std::ranges::copy(
+                                       Numbers{1, 1, 3, 1, 1, 1, 3, 2, 3, 2, 2, 2},
+                                       vexal::mutableDoubleData(matrix.get()).begin());
+                                   return matrix;
+                                 }));
+  EXPECT_EQ(runsOf(exhaustive({space, values(u"b", {10, 20})})),
+            (Lines{"a=1 b=10", "a=3 late=4 b=10", "a=1 b=10", "a=3 late=4 b=20", "a=3 late=4 b=20",
+                   "a=2 b=20"}));
+}
+
 TEST_F(RandomGenerationTest, WhateverIsDrawnIsTheValue) {
   std::vector<ArrayPtr> draws;
   draws.push_back(vexal::createChar("text"));

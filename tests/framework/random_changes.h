@@ -181,7 +181,7 @@ class RandomChanges {
       createElement(anyClass(), model_, {});
       return;
     }
-    if (choose_(2)) return createReferring();
+    if (choose_(2)) return createSeries();
     Bed::Builder builder(model_);
     builder.setLabel(u"built").setWidth(2.0).addPlants(Plant::Builder().setLabel(u"built"));
     builder.addBeds(Bed::Builder().addBeds(RaisedBed::Builder().setHeight(1.0)));
@@ -189,7 +189,7 @@ class RandomChanges {
     if (const Spot spot = any().as<Spot>()) builder.addShadows(spot).addShadows(spot);  // twice
     builder.create();
   }
-  void createReferring() {
+  void createSeries() {
     const ClassInfo& info = anyClass();
     std::vector<const PropertyInfo*> lists;
     forEachProperty(info, [&](const PropertyInfo& property) {
@@ -199,7 +199,7 @@ class RandomChanges {
     std::vector<ElementImpl*> targets;
     for (std::uint32_t i = choose_(4); i > 0; --i) targets.push_back(any().impl());
     const auto which = choose_(static_cast<std::uint32_t>(lists.size()));
-    zero::createReferring(info, model_, *lists[which], targets);
+    zero::ElementSeries(info, model_, *lists[which]).create(targets);
   }
   void destroy() { any()->doDestroy(choose_(4) != 0, choose_(4) != 0); }
   void letGo() {

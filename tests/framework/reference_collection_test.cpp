@@ -91,7 +91,7 @@ TEST_F(ReferenceCollectionTest, ANewElementRefersToAllFromTheStartOrIsNotMade) {
       auto targets = good;
       targets.insert(targets.begin() + 30, bad);
       const Picture before = pictureOf(model);
-      expectRaises<M>([&] { Bed::createReferring(model, shadows, targets); });
+      expectRaises<M>([&] { Bed::Series(model, shadows).create(targets); });
       EXPECT_EQ(differences(before, pictureOf(model)), "");
       EXPECT_EQ(inconsistencies(model), "");
     };
@@ -105,23 +105,23 @@ TEST_F(ReferenceCollectionTest, ANewElementRefersToAllFromTheStartOrIsNotMade) {
   std::vector<std::size_t> told;
   const auto subscription =
       model->observe([&](const ChangeSet& changes) { told.push_back(changes.size()); });
-  const Bed first = Bed::createReferring(model, shadows, good);
+  const Bed first = Bed::Series(model, shadows).create(good);
   EXPECT_EQ(told, std::vector<std::size_t>{1});
   EXPECT_EQ(first.shadows().toContainer(), std::vector<Spot>(all.begin(), all.end()));
   refuseAll();
   const Picture before = pictureOf(model);
   {
     const Transaction undone = model->beginTransaction();
-    const Bed second = Bed::createReferring(model, shadows, good);
+    const Bed second = Bed::Series(model, shadows).create(good);
     refuseAll();
-    const Bed third = Bed::createReferring(model, shadows, {});
+    const Bed third = Bed::Series(model, shadows).create({});
     third->getShadowsMutable().append(good);
     EXPECT_EQ(inconsistencies(model), "");
   }
   EXPECT_EQ(differences(before, pictureOf(model)), "");
-  expectRefused<messages::NoSuchProperty>([&] { Plant::createReferring(model, shadows, good); });
+  expectRefused<messages::NoSuchProperty>([&] { Plant::Series(model, shadows).create(good); });
   expectRefused<messages::CannotCastIncompatibleTypes>(
-      [&] { Bed::createReferring(model, *Bed::classInfo().findByName(u"Label"), good); });
+      [&] { Bed::Series(model, *Bed::classInfo().findByName(u"Label")).create(good); });
 }
 
 TEST_F(ReferenceCollectionTest, PlacesPastTheEndAndAbsentElementsAreRefused) {

@@ -19,8 +19,11 @@ TEST_F(ArraySharingTest, ACopyTakesNoContentOfItsOwnUntilOneOfTheTwoChanges) {
   const ArrayPtr copy = deepCopy(array.get());
   EXPECT_EQ(arrayCounts().contents, contents);
   EXPECT_EQ(doubleData(copy.get()).data(), doubleData(array.get()).data());
+  EXPECT_TRUE(sharesContent(copy.get(), array.get()));
+  EXPECT_FALSE(sharesContent(copy.get(), nullptr));
   setValue(copy.get(), 3);
   EXPECT_EQ(arrayCounts().contents, contents + 1);
+  EXPECT_FALSE(sharesContent(copy.get(), array.get()));
   EXPECT_EQ(valueOf(array.get()), 0);
   const double* const own = doubleData(copy.get()).data();
   setValue(copy.get(), 4);

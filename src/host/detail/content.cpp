@@ -13,14 +13,18 @@ namespace vexal::detail {
 namespace {
 
 // Enough for a 1-by-1 double, of which studies hold millions.
-constexpr std::size_t kSmallSize = sizeof(Content) + 2 * sizeof(std::size_t) + sizeof(double);
-static_assert(sizeof(Content) == 8 && kSmallSize == 32);
+constexpr std::size_t kScalarSize = sizeof(Content) + sizeof(double);
+static_assert(kScalarSize == 16);
 
-// Enough for one object, with fields, a native or a value.
+// Enough for short texts.
+constexpr std::size_t kSmallSize = 32;
+
+// Enough for one object, with fields, a native or a value, and for a short block of them.
 constexpr std::size_t kObjectSize = 64;
 static_assert(sizeof(Content) + 2 * sizeof(std::size_t) + sizeof(NativeHead) + sizeof(void*) ==
               kObjectSize);
 
+constinit Pool<kScalarSize> scalarBlocks;
 constinit Pool<kSmallSize> smallBlocks;
 constinit Pool<kObjectSize> objectBlocks;
 constinit std::size_t contentCount = 0;
@@ -42,10 +46,11 @@ constexpr std::size_t elementSize(ClassId classId) noexcept {
   }
 }
 
-// Trailing dimensions of 1 are not kept: 3-by-2-by-1 is 3-by-2.
+// Trailing dimensions of 1 are not kept: 3-by-2-by-1 is 3-by-2, and 1-by-1 needs none.
 Dims significant(Dims dims) {
   if (dims.size() < 2) fail("TooFewDimensions", {std::to_string(dims.size())});
   while (dims.size() > 2 && dims.back() == 1) dims = dims.first(dims.size() - 1);
+  if (dims.size() == 2 && dims[0] == 1 && dims[1] == 1) return {};
   if (dims.size() > std::numeric_limits<std::uint16_t>::max()) {
     fail("TooManyDimensions", {std::to_string(dims.size())});
   }
@@ -95,12 +100,15 @@ std::size_t bytesOfElements(const Content& content) noexcept {
 }
 
 void* takeBlock(std::size_t size) {
+  if (size <= kScalarSize) return scalarBlocks.take();
   if (size <= kSmallSize) return smallBlocks.take();
   return size <= kObjectSize ? objectBlocks.take() : allocateOrFail(size);
 }
 
 void giveBlock(void* block, std::size_t size) noexcept {
-  if (size <= kSmallSize) {
+  if (size <= kScalarSize) {
+    scalarBlocks.give(block);
+  } else if (size <= kSmallSize) {
     smallBlocks.give(block);
   } else {
     size <= kObjectSize ? objectBlocks.give(block) : std::free(block);
@@ -123,7 +131,7 @@ ContentRef newBlock(ClassId classId, Layout layout, Dims given, std::size_t unit
   }
   auto* const content =
       new (memory) Content{1, classId, layout, static_cast<std::uint16_t>(dims.size())};
-  std::ranges::copy(dims, dimsOf(content));
+  std::ranges::copy(dims, keptDimsOf(content));
   ++contentCount;
   return ContentRef(content);
 }
@@ -200,8 +208,7 @@ ContentRef newPlainContent(ClassId classId, Dims dims, Fill fill) {
 
 ContentRef newScalarContent(ClassId classId) {
   requireHostThread();
-  Content* const content = new (smallBlocks.take()) Content{1, classId, Layout::Elements, 2};
-  std::fill_n(dimsOf(content), 2, std::size_t{1});
+  Content* const content = new (scalarBlocks.take()) Content{1, classId, Layout::Elements, 0};
   ++contentCount;
   return ContentRef(content);
 }
@@ -243,8 +250,7 @@ ContentRef newNativeContent(const NativeHead& head, Dims dims) {
 
 ContentRef newHandleContent(const HostClass& hostClass) {
   requireHostThread();
-  auto* const content = new (objectBlocks.take()) Content{1, ClassId::Object, Layout::Natives, 2};
-  std::fill_n(dimsOf(content), 2, std::size_t{1});
+  auto* const content = new (objectBlocks.take()) Content{1, ClassId::Object, Layout::Natives, 0};
   new (&headOf<NativeHead>(content)) NativeHead{{&hostClass}};
   *static_cast<void**>(elementsOf(content)) = nullptr;
   ++contentCount;

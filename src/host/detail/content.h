@@ -57,7 +57,7 @@ struct Content {
   std::uint32_t references;
   ClassId classId;
   Layout layout;
-  std::uint16_t rank;
+  std::uint16_t rank;  ///< how many dimensions are kept: none of what is 1-by-1
   // std::size_t[rank], then the head of the layout, then the elements
 };
 
@@ -85,19 +85,24 @@ inline constexpr std::uint32_t kImmortal = 0xffffffff;
 
 // Access within a block ---------------------------------------------------------------
 
-inline std::size_t* dimsOf(Content* content) noexcept {
+inline constexpr std::size_t kOneByOne[] = {1, 1};
+
+inline std::size_t* keptDimsOf(Content* content) noexcept {
   return reinterpret_cast<std::size_t*>(content + 1);
 }
 inline Dims dimsOf(const Content& content) noexcept {
-  return {reinterpret_cast<const std::size_t*>(&content + 1), content.rank};
+  if (content.rank == 0) return kOneByOne;
+  return {keptDimsOf(const_cast<Content*>(&content)), content.rank};
 }
 inline std::size_t countOf(const Content& content) noexcept {
   std::size_t count = 1;
-  for (const std::size_t dim : dimsOf(content)) count *= dim;
+  for (std::size_t i = 0; i < content.rank; ++i) {
+    count *= keptDimsOf(const_cast<Content*>(&content))[i];
+  }
   return count;
 }
 inline std::byte* afterDims(Content* content) noexcept {
-  return reinterpret_cast<std::byte*>(dimsOf(content) + content->rank);
+  return reinterpret_cast<std::byte*>(keptDimsOf(content) + content->rank);
 }
 
 constexpr std::size_t headSize(Layout layout) noexcept {

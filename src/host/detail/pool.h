@@ -1,11 +1,16 @@
-// Memory for blocks of one small size, taken from large chunks and used again; the chunks
-// stay with the process. For the host's thread only.
+// Memory for blocks of one small size, taken from ever larger chunks and used again; the
+// chunks stay with the process. For the host's thread only.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 
 #include "host/detail/messages.h"
+
+#if __has_include(<sys/mman.h>)
+#include <sys/mman.h>
+#endif
 
 #if defined(__SANITIZE_ADDRESS__)
 #define VEXAL_ASAN 1
@@ -21,6 +26,21 @@ inline void* allocateOrFail(std::size_t bytes) {
   void* memory = std::malloc(bytes);
   if (memory == nullptr) fail("OutOfMemory");
   return memory;
+}
+
+/// The same for memory that is filled at once: a large piece asks for huge pages where the
+/// system has them, so that one page fault serves thousands of blocks.
+inline void* allocateChunk(std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  constexpr std::size_t kHugePage = 2 * 1024 * 1024;
+  void* memory = nullptr;
+  if (bytes % kHugePage == 0) {
+    if (posix_memalign(&memory, kHugePage, bytes) != 0) fail("OutOfMemory");
+    madvise(memory, bytes, MADV_HUGEPAGE);  // no matter if it is refused
+    return memory;
+  }
+#endif
+  return allocateOrFail(bytes);
 }
 
 template <std::size_t kBlockSize>
@@ -52,16 +72,19 @@ class Pool {
   struct Link {
     Link* next;
   };
-  static constexpr std::size_t kChunkSize = 2048 * kBlockSize;
+  static constexpr std::size_t kFirstChunk = 32 * 1024;
+  static constexpr std::size_t kLargestChunk = 4 * 1024 * 1024;
 
   void grow() {
-    fresh_ = static_cast<std::byte*>(allocateOrFail(kChunkSize));
-    freshEnd_ = fresh_ + kChunkSize;
+    fresh_ = static_cast<std::byte*>(allocateChunk(nextChunk_));
+    freshEnd_ = fresh_ + nextChunk_ / kBlockSize * kBlockSize;
+    nextChunk_ = std::min(2 * nextChunk_, kLargestChunk);
   }
 
   Link* free_ = nullptr;
   std::byte* fresh_ = nullptr;
   std::byte* freshEnd_ = nullptr;
+  std::size_t nextChunk_ = kFirstChunk;
 #endif
 };
 

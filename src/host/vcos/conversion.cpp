@@ -36,7 +36,8 @@ const HostClass* classOf(const DataType& type) {
 
 bool isText(const Content& content) noexcept {
   if (content.classId != ClassId::Char) return false;
-  return countOf(content) == 0 || (content.rank == 2 && vexal::detail::dimsOf(content)[0] == 1);
+  const auto dims = vexal::detail::dimsOf(content);
+  return countOf(content) == 0 || (dims.size() == 2 && dims[0] == 1);
 }
 
 bool isCellOfTexts(const Content& content) noexcept {
@@ -52,7 +53,7 @@ bool hasShape(Shape shape, const Content& content) noexcept {
     case Shape::Any: return true;
     case Shape::Scalar: return count == 1;
     case Shape::Property: return count <= 1;
-    case Shape::Vector: return count == 0 || (content.rank == 2 && (dims[0] == 1 || dims[1] == 1));
+    case Shape::Vector: return count == 0 || (dims.size() == 2 && (dims[0] == 1 || dims[1] == 1));
   }
   return false;
 }
@@ -157,8 +158,8 @@ ArrayPtr toNumbers(ClassId to, const vxArray* value) {
 }
 
 bool isEmptyDouble(const Content& content) noexcept {
-  return content.classId == ClassId::Double && content.rank == 2 && countOf(content) == 0 &&
-         vexal::detail::dimsOf(content)[0] == vexal::detail::dimsOf(content)[1];
+  const auto dims = vexal::detail::dimsOf(content);
+  return content.classId == ClassId::Double && dims.size() == 2 && dims[0] == 0 && dims[1] == 0;
 }
 
 ArrayPtr emptyOf(const DataType& type) {
