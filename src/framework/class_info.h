@@ -65,7 +65,8 @@ struct LiteralInfo {
   uuid identity;
 };
 
-struct EnumInfo {
+/// Aligned so that values have room beside its address for what else they note of their type.
+struct alignas(64) EnumInfo {
   std::u16string_view name;
   std::string_view qualifiedName;
   uuid identity;
@@ -142,11 +143,11 @@ struct ClassInfo {
   MetaLink meta = {};
 
   bool isA(const ClassInfo& other) const {
-    const ClassInfo* c = this;
-    do {
-      if (c == &other) return true;
-    } while ((c = c->super));
-    return false;
+    if (this == &other) [[likely]]
+      return true;
+    const ClassInfo* c = super;
+    while (c && c != &other) c = c->super;
+    return c != nullptr;
   }
   /// The property of that index, inherited ones included; null for any other index.
   MF0_API const PropertyInfo* findByIndex(std::int64_t index) const;

@@ -87,9 +87,10 @@ std::string describeItems(std::span<const Value> items) {
 }  // namespace
 
 std::string ValueMeta::typeName() const {
-  if (form == Form::kEmpty) return "empty";
-  const std::string item = enumeration ? std::string(enumeration->qualifiedName) : nameOf(kind);
-  return form == Form::kList ? "list of " + item : item;
+  if (form() == Form::kEmpty) return "empty";
+  const std::string item =
+      enumeration() ? std::string(enumeration()->qualifiedName) : nameOf(kind());
+  return form() == Form::kList ? "list of " + item : item;
 }
 
 Value::Value(std::u16string_view text) : Value(Text(text)) {}
@@ -109,18 +110,18 @@ Value Value::ofList(std::vector<Value> items) {
   for (const Value& item : items) {
     if (item.isList()) reportException(mf0::messages::CannotCastIncompatibleTypes("list"));
   }
-  ValueMeta meta = items.empty() ? ValueMeta{} : items.front().meta();
-  meta.form = Form::kList;
+  const ValueMeta item = items.empty() ? ValueMeta() : items.front().meta();
+  const ValueMeta meta(Form::kList, item.kind(), item.enumeration());
   return {meta, items.empty() ? 0 : ListBox::make(std::move(items))};
 }
 
 Value::Value(const Value& other) : meta_(other.meta_), bits_(other.bits_) {
-  if (!ownsSomething()) return;
+  if (!meta_.isShared()) return;
   if (isList()) {
     ListBox::retain(bits_);
-  } else if (meta_.kind == ValueKind::kArray) {
+  } else if (meta_.kind() == ValueKind::kArray) {
     ArrayBox::retain(bits_);
-  } else if (meta_.kind == ValueKind::kString) {
+  } else if (meta_.kind() == ValueKind::kString) {
     Text::share(bits_).detach();
   } else if (bits_) {
     elementAt(bits_)->addRef();
@@ -136,9 +137,9 @@ Value& Value::operator=(Value other) noexcept {
 void Value::release() {
   if (isList()) {
     ListBox::release(bits_);
-  } else if (meta_.kind == ValueKind::kArray) {
+  } else if (meta_.kind() == ValueKind::kArray) {
     ArrayBox::release(bits_);
-  } else if (meta_.kind == ValueKind::kString) {
+  } else if (meta_.kind() == ValueKind::kString) {
     Text::adopt(bits_);
   } else if (bits_) {
     elementAt(bits_)->removeRef();
@@ -158,11 +159,11 @@ bool Value::operator==(const Value& other) const {
   if (isList() && other.isList()) return std::ranges::equal(items(), other.items());
   if (meta_ != other.meta_) return false;
   if (isEmpty()) return true;
-  if (meta_.kind == ValueKind::kReal) {
+  if (meta_.kind() == ValueKind::kReal) {
     return std::bit_cast<double>(bits_) == std::bit_cast<double>(other.bits_);
   }
-  if (meta_.kind == ValueKind::kString) return Text::share(bits_) == Text::share(other.bits_);
-  if (meta_.kind == ValueKind::kArray) return vexal::equalContent(array(), other.array());
+  if (meta_.kind() == ValueKind::kString) return Text::share(bits_) == Text::share(other.bits_);
+  if (meta_.kind() == ValueKind::kArray) return vexal::equalContent(array(), other.array());
   return bits_ == other.bits_;
 }
 
@@ -170,7 +171,7 @@ std::string Value::describe() const {
   if (isEmpty()) return "empty";
   if (isList()) return describeItems(items());
   const auto integer = static_cast<std::int64_t>(bits_);
-  switch (meta_.kind) {
+  switch (meta_.kind()) {
     case ValueKind::kBoolean: return integer != 0 ? "true" : "false";
     case ValueKind::kInteger8:
     case ValueKind::kInteger: return std::to_string(integer);
@@ -178,7 +179,7 @@ std::string Value::describe() const {
     case ValueKind::kString: return describeText(text());
     case ValueKind::kArray: return bits_ ? "an array" : "no array";
     case ValueKind::kEnumeration:
-      return describeLiteral(*meta_.enumeration, static_cast<std::int32_t>(integer));
+      return describeLiteral(*meta_.enumeration(), static_cast<std::int32_t>(integer));
     case ValueKind::kElement: return describeElement(elementAt(bits_));
   }
   return {};

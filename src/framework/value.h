@@ -1,5 +1,5 @@
 // A value of any property type, for reflection, builders, queries and change sets.
-// Twenty-four bytes; numbers are held in place, texts and lists are shared.
+// Sixteen bytes; numbers are held in place, texts and lists are shared.
 #pragma once
 
 #include <bit>
@@ -27,16 +27,47 @@ struct EnumTraits;
 template <class E>
 concept ModelEnum = std::is_enum_v<E> && requires { EnumTraits<E>::info(); };
 
-/// What a value holds: its kind, and which enumeration or class where that matters.
-struct ValueMeta {
+/// What a value holds: its kind, and which enumeration where that matters. One word, so that two
+/// are the same type by one compare: the address of the enumeration, if any, with form and kind in
+/// the bits that its alignment leaves free.
+class ValueMeta {
+ public:
   enum class Form : std::uint8_t { kEmpty, kSingle, kList };
-  Form form = Form::kEmpty;
-  ValueKind kind = ValueKind::kBoolean;
-  const EnumInfo* enumeration = nullptr;
+
+  /// Of the empty value.
+  ValueMeta() = default;
+  ValueMeta(Form form, ValueKind kind, const EnumInfo* enumeration = nullptr)
+      : word_(reinterpret_cast<std::uintptr_t>(enumeration) | codeOf(form, kind)) {}
+
+  Form form() const { return static_cast<Form>(word_ & kFormMask); }
+  ValueKind kind() const { return static_cast<ValueKind>(word_ >> kKindShift & kKindMask); }
+  /// Null but for literals and lists of them.
+  const EnumInfo* enumeration() const {
+    return reinterpret_cast<const EnumInfo*>(word_ & ~kCodeMask);
+  }
+  /// Whether a value of the type shares what it holds with others: lists, texts, arrays, elements.
+  bool isShared() const { return (word_ & kShared) != 0; }
 
   bool operator==(const ValueMeta&) const = default;
   /// The registry's name of the type: "Real", "String", "kxsim.design.FigureType", ...
   MF0_API std::string typeName() const;
+
+ private:
+  static constexpr std::uintptr_t kFormMask = 3;
+  static constexpr std::uintptr_t kKindMask = 7;
+  static constexpr int kKindShift = 2;
+  static constexpr std::uintptr_t kShared = 32;
+  static constexpr std::uintptr_t kCodeMask = 63;
+  static_assert(alignof(EnumInfo) > kCodeMask);
+
+  static constexpr std::uintptr_t codeOf(Form form, ValueKind kind) {
+    const bool shared = form == Form::kList || kind == ValueKind::kString ||
+                        kind == ValueKind::kArray || kind == ValueKind::kElement;
+    return static_cast<std::uintptr_t>(form) | static_cast<std::uintptr_t>(kind) << kKindShift |
+           (shared ? kShared : 0);
+  }
+
+  std::uintptr_t word_ = 0;
 };
 
 class MF0_API Value {
@@ -73,11 +104,11 @@ class MF0_API Value {
       : meta_(std::exchange(other.meta_, {})), bits_(std::exchange(other.bits_, 0)) {}
   Value& operator=(Value other) noexcept;
   ~Value() {
-    if (ownsSomething()) release();
+    if (meta_.isShared()) release();
   }
 
-  bool isEmpty() const { return meta_.form == ValueMeta::Form::kEmpty; }
-  bool isList() const { return meta_.form == ValueMeta::Form::kList; }
+  bool isEmpty() const { return meta_ == ValueMeta(); }
+  bool isList() const { return meta_.form() == ValueMeta::Form::kList; }
   const ValueMeta& meta() const { return meta_; }
 
   /// Raises CannotCastIncompatibleTypes unless the value is empty or holds a T. T is bool,
@@ -85,7 +116,7 @@ class MF0_API Value {
   /// `const vxArray*`, or ModelElement.
   template <class T>
   void checkCompatible() const {
-    if (!isEmpty() && meta_ != metaOf<T>()) raiseIncompatible(metaOf<T>());
+    if (meta_ != metaOf<T>() && !isEmpty()) raiseIncompatible(metaOf<T>());
   }
 
   /// The held T; 0, false, empty or null when the value is empty.
@@ -111,12 +142,6 @@ class MF0_API Value {
   std::uint64_t bits() const { return bits_; }
 
  private:
-  bool ownsSomething() const {
-    return meta_.form == ValueMeta::Form::kList ||
-           (meta_.form == ValueMeta::Form::kSingle &&
-            (meta_.kind == ValueKind::kString || meta_.kind == ValueKind::kArray ||
-             meta_.kind == ValueKind::kElement));
-  }
   static constexpr std::uint64_t integerBits(std::int64_t value) {
     return static_cast<std::uint64_t>(value);
   }
@@ -136,22 +161,22 @@ template <class T>
 ValueMeta Value::metaOf() {
   using Form = ValueMeta::Form;
   if constexpr (std::is_same_v<T, bool>) {
-    return {Form::kSingle, ValueKind::kBoolean, nullptr};
+    return {Form::kSingle, ValueKind::kBoolean};
   } else if constexpr (std::is_same_v<T, std::int8_t>) {
-    return {Form::kSingle, ValueKind::kInteger8, nullptr};
+    return {Form::kSingle, ValueKind::kInteger8};
   } else if constexpr (std::is_same_v<T, std::int32_t>) {
-    return {Form::kSingle, ValueKind::kInteger, nullptr};
+    return {Form::kSingle, ValueKind::kInteger};
   } else if constexpr (std::is_same_v<T, double>) {
-    return {Form::kSingle, ValueKind::kReal, nullptr};
+    return {Form::kSingle, ValueKind::kReal};
   } else if constexpr (std::is_same_v<T, std::u16string>) {
-    return {Form::kSingle, ValueKind::kString, nullptr};
+    return {Form::kSingle, ValueKind::kString};
   } else if constexpr (ModelEnum<T>) {
     return {Form::kSingle, ValueKind::kEnumeration, &EnumTraits<T>::info()};
   } else if constexpr (std::is_same_v<T, const vxArray*>) {
-    return {Form::kSingle, ValueKind::kArray, nullptr};
+    return {Form::kSingle, ValueKind::kArray};
   } else {
     static_assert(std::is_same_v<T, ModelElement>, "not a type that a property can hold");
-    return {Form::kSingle, ValueKind::kElement, nullptr};
+    return {Form::kSingle, ValueKind::kElement};
   }
 }
 

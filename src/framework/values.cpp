@@ -69,13 +69,13 @@ bool isPresent(const ElementImpl& element, const PropertyInfo& property) {
 bool isPresent(const Value& value) {
   if (value.isEmpty()) return false;
   if (value.isList()) return !value.items().empty();
-  switch (value.meta().kind) {
+  switch (value.meta().kind()) {
     case ValueKind::kReal: return value.getValue<double>() != 0;
     case ValueKind::kString: return !value.getValue<std::u16string>().empty();
     case ValueKind::kArray: return value.getValue<const vxArray*>() != nullptr;
     case ValueKind::kElement: return static_cast<bool>(value.getValue<ModelElement>());
     case ValueKind::kEnumeration:
-      return value.meta().enumeration->find(static_cast<std::int32_t>(value.bits())) != nullptr;
+      return value.meta().enumeration()->find(static_cast<std::int32_t>(value.bits())) != nullptr;
     default: return value.bits() != 0;
   }
 }
@@ -177,7 +177,7 @@ Value itemAt(const PropertyInfo& property, const PrimitiveList& list, std::size_
 namespace {
 
 bool less(const Value& a, const Value& b) {
-  switch (a.meta().kind) {
+  switch (a.meta().kind()) {
     case ValueKind::kReal: {
       // NaN stands behind all numbers, so that a set may hold it once.
       const double x = a.getValue<double>();

@@ -40,7 +40,7 @@ void checkLiteral(const EnumInfo& enumeration, const Value& value);
 /// Raises CannotCastIncompatibleTypes unless `value` is empty or fits one value of the property.
 inline void checkSingle(const PropertyInfo& property, const Value& value) {
   const ValueMeta wanted{ValueMeta::Form::kSingle, property.kind, property.enumeration};
-  if (!value.isEmpty() && value.meta() != wanted) raiseMisfit(property);
+  if (value.meta() != wanted && !value.isEmpty()) raiseMisfit(property);
   if (property.enumeration) checkLiteral(*property.enumeration, value);
 }
 /// The value of a new element's property: its declared default, or what reads as nothing.

@@ -135,6 +135,7 @@ TEST_F(ValueTest, TypeNamesAreTheRegistrys) {
   EXPECT_EQ(Value(Colour::Red).meta().typeName(), "test.Colour");
   EXPECT_EQ(Value(ModelElement()).meta().typeName(), "mf.zero.ModelElement");
   EXPECT_EQ(Value::ofList({1.0}).meta().typeName(), "list of Real");
+  EXPECT_EQ(Value::ofList({Colour::Red}).meta().typeName(), "list of test.Colour");
 }
 
 TEST_F(ValueTest, TheDescriptionIsShortAndSaysWhatItIs) {
@@ -154,7 +155,7 @@ TEST_F(ValueTest, TheDescriptionIsShortAndSaysWhatItIs) {
 // A pointer that is no text would otherwise become a truth value.
 static_assert(!std::is_constructible_v<Value, const void*>);
 static_assert(!std::is_constructible_v<Value, const char*>);
-static_assert(sizeof(Value) == 24);
+static_assert(sizeof(Value) == 16);
 
 }  // namespace
 }  // namespace mf::zero

@@ -129,8 +129,9 @@ class Checker {
     if (element.isProxy()) return;
     const Value all = element.get(property);
     const auto unordered = [](const Value& a, const Value& b) {
-      if (a.meta().kind == ValueKind::kReal) return !(a.getValue<double>() < b.getValue<double>());
-      if (a.meta().kind != ValueKind::kString) {
+      if (a.meta().kind() == ValueKind::kReal)
+        return !(a.getValue<double>() < b.getValue<double>());
+      if (a.meta().kind() != ValueKind::kString) {
         return static_cast<std::int64_t>(a.bits()) >= static_cast<std::int64_t>(b.bits());
       }
       return a.getValue<std::u16string>() >= b.getValue<std::u16string>();

@@ -29,7 +29,7 @@ std::string pictureOf(const Value& value) {
     return text + ')';
   }
   if (value.isEmpty()) return "nothing";
-  switch (value.meta().kind) {
+  switch (value.meta().kind()) {
     case ValueKind::kReal: return number(value.getValue<double>());
     case ValueKind::kString: return '"' + toUtf8(value.getValue<std::u16string>()) + '"';
     case ValueKind::kArray: return arrayText(value.getValue<const vxArray*>());

@@ -85,7 +85,7 @@ class EnumSerializer final : public PropertySerializer {
  private:
   std::int32_t numberOf(const Value& value) const {
     const bool isOurs =
-        value.meta().form == ValueMeta::Form::kSingle && value.meta().enumeration == &enumeration_;
+        value.meta() == ValueMeta(ValueMeta::Form::kSingle, ValueKind::kEnumeration, &enumeration_);
     if (!isOurs && !value.isEmpty()) {
       reportException(mf0::messages::CannotCastIncompatibleTypes(enumeration_.qualifiedName));
     }

@@ -56,12 +56,12 @@ std::string_view typeAlone(std::string_view dataType) {
 vexal::ArrayPtr rowOf(const ValueMarshaler& marshaler, std::size_t count, const Value* values) {
   if (count == 0) return vexal::createDoubleMatrix(0, 0);
   const ValueMeta& meta = values[0].meta();
-  switch (meta.kind) {
+  switch (meta.kind()) {
     case ValueKind::kReal: return plainRow<double>(vexal::ClassId::Double, count, values);
     case ValueKind::kBoolean: return plainRow<bool>(vexal::ClassId::Logical, count, values);
     case ValueKind::kInteger: return plainRow<std::int32_t>(vexal::ClassId::Int32, count, values);
     case ValueKind::kInteger8: return smallIntegerRow(count, values);
-    case ValueKind::kEnumeration: return enumRow(*meta.enumeration, count, values);
+    case ValueKind::kEnumeration: return enumRow(*meta.enumeration(), count, values);
     case ValueKind::kString:
     case ValueKind::kArray:
     case ValueKind::kElement: return cellRow(marshaler, count, values);

@@ -156,7 +156,7 @@ void checkType(const PropertyInfo& property, const Value& operand) {
   const ValueMeta wanted{ValueMeta::Form::kSingle, property.kind, property.enumeration};
   const ValueMeta& given = operand.meta();
   if (operand.isEmpty() || given == wanted) return;
-  if (isInteger(wanted.kind) && isInteger(given.kind) && !operand.isList()) return;
+  if (isInteger(wanted.kind()) && isInteger(given.kind()) && !operand.isList()) return;
   reportException(mf0::messages::CannotCastIncompatibleTypes(wanted.typeName()));
 }
 
