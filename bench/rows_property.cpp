@@ -80,8 +80,8 @@ void getByProperty(std::size_t n, Meter& meter) {
   meter.measure([&] {
     for (std::size_t i = 0; i < n; ++i) {
       sum += job->getPropertyValue(property).getValue<double>();
-      use(sum);
     }
+    use(sum);
   });
 }
 
