@@ -57,8 +57,7 @@ bool isChanged(UndoLog& log) {
   const UndoRecord& record = log.records.front();
   const ElementImpl& element = *log.model.pool().at(record.element);
   const PropertyInfo& property = *element.classInfo().findByIndex(record.property);
-  const bool isLatest = !log.next && log.model.log().empty();
-  if (!isLatest) {
+  if (log.next) {
     return !(undo::valueBefore(log, element, property) == undo::valueAfter(log, element, property));
   }
   if (property.kind == ValueKind::kReal) {

@@ -210,6 +210,7 @@ void Creation::load(ElementImpl& proxy, const BuilderValues& values) {
     references::check(proxy, *item.property, item.value.getValue<ModelElement>().impl());
   }
   ModelImpl& model = proxy.model();
+  model.openLog();
   const std::size_t mark = model.log().records.size();
   model.log().add({.kind = UndoKind::kLoad, .element = proxy.id()});
   Raw::layout(proxy).applyDefaults(proxy);

@@ -71,7 +71,7 @@ void retire(ModelImpl& model, std::size_t first, ElementId id) {
 /// Retires the element and everything it contains, owners before contents. The records are the
 /// queue, so that nothing recurses; the slots that say what is contained stay.
 void retireAll(ModelImpl& model, const ElementImpl& element) {
-  const std::vector<UndoRecord>& records = model.log().records;
+  const UndoRecords& records = model.log().records;
   const std::size_t first = records.size();
   retire(model, first, element.id());
   for (std::size_t i = first; i < records.size(); ++i) {

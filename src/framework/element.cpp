@@ -62,29 +62,37 @@ void ElementImpl::refuseChange() const {
 namespace {
 
 /// Whether undoing the newest record of the open transaction restores the value anyway.
-bool isCovered(const ModelImpl& model, const UndoLog& log, UndoKind kind, ElementId element,
-               const PropertyInfo& property) {
-  return model.isInTransaction() && (log.coversNew(element, model.mark()) ||
-                                     log.hasSet(kind, element, property.index, model.mark()));
+inline bool isCovered(const ModelImpl& model, const UndoLog& log, UndoKind kind, ElementId element,
+                      const PropertyInfo& property) {
+  return model.isInTransaction() && (log.hasSet(kind, element, property.index, model.mark()) ||
+                                     log.coversNew(element, model.mark()));
 }
 
 template <class Bits>
-void changePlain(ElementImpl& element, UndoKind kind, const PropertyInfo& property, void* slot,
-                 Bits bits) {
+constexpr UndoKind kKindOf = sizeof(Bits) == 8   ? UndoKind::kWord
+                             : sizeof(Bits) == 4 ? UndoKind::kHalf
+                                                 : UndoKind::kByte;
+
+/// Apart, so that the change that nobody watches stays short.
+template <class Bits>
+[[gnu::noinline]] void changeRecorded(ElementImpl& element, const PropertyInfo& property,
+                                      void* slot, Bits bits) {
   ModelImpl& model = element.model();
   model.checkWritable();
-  if (!model.isRecording()) {
-    std::memcpy(slot, &bits, sizeof bits);
-    return;
-  }
   Bits old;
   std::memcpy(&old, slot, sizeof old);
   const ElementId id = element.id();
-  if (UndoLog& log = model.log(); !isCovered(model, log, kind, id, property)) {
-    log.add({.kind = kind, .property = property.index, .element = id, .old = old});
+  if (UndoLog& log = model.log(); !isCovered(model, log, kKindOf<Bits>, id, property)) {
+    log.add({.kind = kKindOf<Bits>, .property = property.index, .element = id, .old = old});
   }
   std::memcpy(slot, &bits, sizeof bits);
-  model.publishIfOutermost();
+  if (!model.isInTransaction()) model.publish();
+}
+
+template <class Bits>
+void changePlain(ElementImpl& element, const PropertyInfo& property, void* slot, Bits bits) {
+  if (!element.model().isUnwatched()) return changeRecorded(element, property, slot, bits);
+  std::memcpy(slot, &bits, sizeof bits);
 }
 
 /// Whether the old value of an owning property must be kept for undoing.
@@ -95,15 +103,12 @@ bool mustKeep(ModelImpl& model, const ElementImpl& element, UndoKind kind,
 
 }  // namespace
 
-// Flattened, so that adding to the log is no call.
-[[gnu::flatten]] void ElementImpl::changeWord(const PropertyInfo& property, void* slot,
-                                              std::uint64_t bits) {
-  changePlain(*this, UndoKind::kWord, property, slot, bits);
+void ElementImpl::changeWord(const PropertyInfo& property, void* slot, std::uint64_t bits) {
+  changePlain(*this, property, slot, bits);
 }
 
-[[gnu::flatten]] void ElementImpl::changeHalf(const PropertyInfo& property, void* slot,
-                                              std::uint32_t bits) {
-  changePlain(*this, UndoKind::kHalf, property, slot, bits);
+void ElementImpl::changeHalf(const PropertyInfo& property, void* slot, std::uint32_t bits) {
+  changePlain(*this, property, slot, bits);
 }
 
 void ElementImpl::changeLiteral(const PropertyInfo& property, void* slot, std::int32_t number) {
@@ -111,9 +116,8 @@ void ElementImpl::changeLiteral(const PropertyInfo& property, void* slot, std::i
   changeHalf(property, slot, static_cast<std::uint32_t>(number));
 }
 
-[[gnu::flatten]] void ElementImpl::changeByte(const PropertyInfo& property, void* slot,
-                                              std::uint8_t bits) {
-  changePlain(*this, UndoKind::kByte, property, slot, bits);
+void ElementImpl::changeByte(const PropertyInfo& property, void* slot, std::uint8_t bits) {
+  changePlain(*this, property, slot, bits);
 }
 
 void ElementImpl::changeText(const PropertyInfo& property, Text& slot, std::u16string_view value) {

@@ -19,7 +19,8 @@ namespace {
 /// Observers that keep answering each other's changes would never end.
 constexpr int kMostRounds = 10'000;
 
-std::exception_ptr doNotSettle() {
+/// Not inlined: it would take registers from those that settle.
+[[gnu::noinline]] std::exception_ptr doNotSettle() {
   try {
     reportException(mf0::messages::ObserversDoNotSettle());
   } catch (...) {
@@ -130,9 +131,7 @@ void Transaction::rollback() { end(false, std::nullopt); }
 // ModelImpl: life
 
 ModelImpl::ModelImpl(bool shared) : pool_(*this), identities_(pool_), shared_(shared) {
-  auto log = std::make_unique<UndoLog>(*this);
-  makeSpare();
-  log_ = log.release();
+  log_ = new UndoLog(*this);
 }
 
 ModelImpl::~ModelImpl() {
@@ -253,7 +252,7 @@ Transaction ModelImpl::beginTransaction(bool outermost) {
 }
 
 std::uint32_t ModelImpl::enter() {
-  if (state_ & kNoSpare) makeSpare();
+  openLog();
   open_.push_back({mark_, ++lastSerial_});
   mark_ = log_->records.size();
   setState(kRecording, true);
@@ -283,11 +282,11 @@ void ModelImpl::endInnermost() noexcept {
 }
 
 void ModelImpl::rollbackTo(std::size_t mark) noexcept {
-  std::vector<UndoRecord>& records = log_->records;
+  UndoRecords& records = log_->records;
   if (records.size() == mark) return;
   while (records.size() > mark) {
     const UndoRecord record = records.back();
-    records.pop_back();
+    records.shrink(records.size() - 1);
     undo::revert(*this, record);
   }
   log_->shrunk();
@@ -332,14 +331,21 @@ void ModelImpl::dropEndedObservers() {
   setState(kObserved, !observers_.empty());
 }
 
-inline void ModelImpl::recycle(UndoLog& log) noexcept {
+// The log of a change stays in its place while observers are told of it. Only a change that one of
+// them makes meanwhile needs another log: that goes behind, and is told of when it is committed.
+
+void ModelImpl::addLog() {
+  UndoLog* const added = spare_ ? spare_ : new UndoLog(*this);
+  if (spare_) spare_ = std::exchange(added->next, nullptr);
+  log_ = log_->next = added;
+}
+
+void ModelImpl::recycle(UndoLog& log) noexcept {
   if (spare_ && spare_->next) {
     delete &log;
-    return;
+  } else {
+    log.next = std::exchange(spare_, &log);
   }
-  log.clear();
-  log.next = std::exchange(spare_, &log);
-  setState(kNoSpare, false);
 }
 
 void ModelImpl::settle(const UndoLog& log) noexcept {
@@ -351,27 +357,14 @@ void ModelImpl::settle(const UndoLog& log) noexcept {
 
 inline void ModelImpl::finish(UndoLog& log) noexcept {
   if (!log.isOnePlainSet()) settle(log);
-  recycle(log);
-}
-
-inline UndoLog& ModelImpl::takeLog() noexcept {
-  UndoLog& taken = *std::exchange(log_, spare_);
-  spare_ = std::exchange(log_->next, nullptr);
-  setState(kNoSpare, !spare_);
-  return taken;
-}
-
-void ModelImpl::prepareWrite() {
-  if (state_ & (kFrozen | kClosed)) refuseWrite();
-  makeSpare();
-}
-
-void ModelImpl::makeSpare() {
-  spare_ = new UndoLog(*this);
-  setState(kNoSpare, false);
+  log.clear();
+  if (&log != log_) recycle(log);
 }
 
 inline void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
+  // By position: an observer may add observers or end them; ended ones stay until all are told.
+  const std::size_t count = observers_.size();
+  if (count == 0) return;
   const ChangeSet changes(log);
   const auto keepFirst = [&] {
     if (!first) first = std::current_exception();
@@ -383,8 +376,6 @@ inline void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
       keepFirst();
     }
   }
-  // By position: an observer may add observers or end them; ended ones stay until all are told.
-  const std::size_t count = observers_.size();
   for (std::size_t i = 0; i < count; ++i) {
     try {
       if (Observer* const observer = observers_[i]->observer) observer->changed(changes);
@@ -394,46 +385,27 @@ inline void ModelImpl::tell(UndoLog& log, std::exception_ptr& first) {
   }
 }
 
-void ModelImpl::tellAnswers(std::exception_ptr& first) {
-  // A round is what the observers' answers to the one before have queued.
-  const UndoLog* lastOfRound = lastTold_;
-  for (int round = 1; told_;) {
+inline void ModelImpl::announce() {
+  const Model keep(this);
+  std::exception_ptr first;
+  told_ = log_;
+  do {
     UndoLog& log = *told_;
-    if (round < kMostRounds) {
+    if (log.round <= kMostRounds) {
       tell(log, first);
     } else if (!first) {
       first = doNotSettle();
     }
-    told_ = log.next;
-    if (&log == lastOfRound) {
-      lastOfRound = lastTold_;
-      ++round;
-    }
+    told_ = log.next && log.next->isCommitted() ? log.next : nullptr;
     finish(log);
-  }
-}
-
-inline void ModelImpl::announce(UndoLog& log) {
-  const Model keep(this);
-  std::exception_ptr first;
-  lastTold_ = told_ = &log;
-  tell(log, first);
-  told_ = log.next;
-  finish(log);
-  if (told_) tellAnswers(first);
+  } while (told_);
   if (state_ & kObserverEnded) dropEndedObservers();
   if (first) std::rethrow_exception(first);
 }
 
 void ModelImpl::publish() {
-  UndoLog& log = takeLog();
-  if (told_) {
-    lastTold_ = lastTold_->next = &log;
-  } else if (observers_.empty()) {
-    finish(log);
-  } else {
-    announce(log);
-  }
+  log_->round = told_ ? told_->round + 1 : 1;
+  if (!told_) announce();  // otherwise its turn comes
 }
 
 }  // namespace mf::zero

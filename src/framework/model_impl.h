@@ -80,33 +80,39 @@ class MF0_API ModelImpl {
   UndoLog& log() { return *log_; }
   ListIndexes& lists() { return lists_; }
   /// Stands before every change: raises CannotModifyFrozenModel or CannotUseClosedModel, and sees
-  /// to it that committing the change will not need memory.
+  /// to it that there is a log to record in.
   void checkWritable() {
-    if (state_ & (kFrozen | kClosed | kNoSpare)) [[unlikely]]
-      prepareWrite();
+    if (state_ & (kFrozen | kClosed)) [[unlikely]]
+      refuseWrite();
+    openLog();
   }
+  /// Sets a log aside that observers are being told of, or will be; throws std::bad_alloc.
+  void openLog() {
+    if (log_->isCommitted()) [[unlikely]]
+      addLog();
+  }
+  /// Whether a plain value may simply be stored: nobody may undo it, hears of it or forbids it.
+  bool isUnwatched() const { return state_ == 0; }
   /// Whether a change must be recorded: somebody may undo it or wants to hear of it.
   bool isRecording() const { return (state_ & (kRecording | kObserved)) != 0; }
   /// Whether positions in lists may be given anew.
   bool isIdle() const { return isQuiet() && cursors == 0 && !shared_; }
   /// Whether no record anywhere refers to elements or positions.
-  bool isQuiet() const { return depth_ == 0 && log_->empty() && !told_; }
+  bool isQuiet() const { return depth_ == 0 && !told_ && (log_->empty() || log_->isCommitted()); }
   /// Where the innermost transaction begins in the log.
   std::size_t mark() const { return mark_; }
   /// After a single change: outside a transaction, tells the observers.
   void publishIfOutermost() {
     if (depth_ == 0 && !log_->empty()) publish();
   }
+  /// Tells the observers what the log holds, or lets it wait until they have been told of what came
+  /// before. Passes on what they throw.
+  void publish();
   ElementImpl* createElement(const ClassInfo& info, const uuid& identity);
   /// Takes back what `createElement` has just done.
   void uncreate(ElementImpl& element) noexcept;
   void elementsGone(std::size_t count) { liveElements_ -= count; }
   void elementBack() { ++liveElements_; }
-  /// The log after `log` in time: pending ones, then the open one; null after the last.
-  UndoLog* logAfter(const UndoLog& log) const {
-    if (log.next) return log.next;
-    return &log == log_ ? nullptr : log_;
-  }
   /// Takes back what was recorded from `mark` on; does not allocate.
   void rollbackTo(std::size_t mark) noexcept;
   TextCache& texts() { return texts_; }
@@ -143,15 +149,13 @@ class MF0_API ModelImpl {
   enum State : std::uint32_t {
     kFrozen = 1,
     kClosed = 2,
-    kNoSpare = 4,  ///< there is no log for the transaction after this one
-    kRecording = 8,
-    kObserved = 16,
-    kObserverEnded = 32  ///< and is to be dropped when nobody is being told
+    kRecording = 4,
+    kObserved = 8,
+    kObserverEnded = 16  ///< and is to be dropped when nobody is being told
   };
 
   void freeze(int freezes, int thaws) noexcept;
-  void prepareWrite();
-  void makeSpare();
+  void addLog();
   void addSharedRef() noexcept;
   void removeSharedRef() noexcept;
   std::uint32_t enter();
@@ -161,15 +165,12 @@ class MF0_API ModelImpl {
   }
   void leave(bool keep, std::optional<Value> result);
   void endInnermost() noexcept;
-  void publish();
-  inline void announce(UndoLog& log);
-  void tellAnswers(std::exception_ptr& first);
+  void announce();
   void dropEndedObservers();
-  inline void tell(UndoLog& log, std::exception_ptr& first);
-  inline void finish(UndoLog& log) noexcept;
+  void tell(UndoLog& log, std::exception_ptr& first);
+  void finish(UndoLog& log) noexcept;
   void settle(const UndoLog& log) noexcept;
-  inline void recycle(UndoLog& log) noexcept;
-  inline UndoLog& takeLog() noexcept;
+  void recycle(UndoLog& log) noexcept;
   void setState(State bit, bool on) { state_ = on ? state_ | bit : state_ & ~bit; }
   /// An element with empty values, unrecorded. The identity must be free.
   ElementImpl* newElement(const ClassInfo& info, const uuid& identity);
@@ -183,11 +184,10 @@ class MF0_API ModelImpl {
   };
   std::vector<OpenTransaction> open_;  ///< outermost first
   std::uint64_t lastSerial_ = 0;
-  // Logs, which belong to the model; told_ and lastTold_ apart, lest they be stored as one vector.
-  UndoLog* log_;              ///< of the open transaction
-  UndoLog* told_ = nullptr;   ///< committed and being told; those that wait are behind it
-  UndoLog* spare_ = nullptr;  ///< empty ones for the next transactions
-  UndoLog* lastTold_ = nullptr;
+  // Logs, which belong to the model.
+  UndoLog* log_;             ///< the newest: of the open transaction, or committed with none after
+  UndoLog* told_ = nullptr;  ///< committed and being told; those after it are behind it, up to log_
+  UndoLog* spare_ = nullptr;  ///< empty ones
   std::vector<std::shared_ptr<Subscription::Entry>> observers_;
   std::shared_ptr<ElementLoader> loader_;
   ElementPool pool_;

@@ -41,7 +41,7 @@ bool touches(UndoLog& log, const ElementImpl& element, const PropertyInfo& prope
 std::vector<UndoLog*> laterTouching(UndoLog& log, const ElementImpl& element,
                                     const PropertyInfo& property) {
   std::vector<UndoLog*> found;
-  for (UndoLog* next = log.model.logAfter(log); next; next = log.model.logAfter(*next)) {
+  for (UndoLog* next = log.next; next; next = next->next) {
     if (!touches(*next, element, property)) continue;
     found.push_back(next);
     if (!property.has(kMany)) break;

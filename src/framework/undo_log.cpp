@@ -1,10 +1,31 @@
 #include "framework/undo_log.h"
 
+#include <cstdlib>
+#include <new>
+#include <type_traits>
+#include <utility>
+
 #include "framework/change_set.h"
 #include "framework/links.h"
 #include "framework/model_impl.h"
 
 namespace mf::zero {
+
+// UndoRecords
+
+void UndoRecords::grow() {
+  static_assert(std::is_trivially_copyable_v<UndoRecord>);
+  const std::size_t capacity = 2 * capacity_ + 8;
+  void* const moved = std::realloc(records_, capacity * sizeof(UndoRecord));
+  if (!moved) throw std::bad_alloc();
+  records_ = static_cast<UndoRecord*>(moved);
+  capacity_ = capacity;
+}
+
+void UndoRecords::release() {
+  std::free(std::exchange(records_, nullptr));
+  size_ = capacity_ = 0;
+}
 
 // UndoLog
 
@@ -25,7 +46,7 @@ void UndoLog::noteCreated(ElementId element, std::uint32_t cellUnits, std::size_
 }
 
 void UndoLog::dropCreated() {
-  if (--records.back().count == 0) records.pop_back();
+  if (--records.back().count == 0) records.shrink(records.size() - 1);
   shrunk();
 }
 
@@ -52,6 +73,7 @@ void UndoLog::clearAll() {
   changes.clear();
   result.reset();
   mayBeVoid = false;
+  round = 0;
   shrunk();
   if (records.capacity() > kKept || changes.capacity() > kKept ||
       index_.entries().capacity() > kKept) {
@@ -60,13 +82,13 @@ void UndoLog::clearAll() {
 }
 
 void UndoLog::release() {
-  records = {};
+  records.release();
   changes = {};
   index_ = {};  // a table that is emptied keeps its buckets
 }
 
 void UndoLog::drop(std::size_t mark) {
-  records.erase(records.begin() + static_cast<std::ptrdiff_t>(mark), records.end());
+  records.shrink(mark);
   shrunk();
 }
 
@@ -79,7 +101,7 @@ void ChangeIndex::clear() {
   taken_ = 0;
 }
 
-void ChangeIndex::extend(const std::vector<UndoRecord>& records, ModelImpl& model) {
+void ChangeIndex::extend(const UndoRecords& records, ModelImpl& model) {
   for (; taken_ < records.size(); ++taken_) {
     const UndoRecord& record = records[taken_];
     const auto number = static_cast<std::uint32_t>(taken_);

@@ -1,7 +1,8 @@
-// What it takes to undo a change: a flat list of small records, in order. Runs of
-// creations and of appends are one record. Observers' old values come from here too.
+// What it takes to undo a transaction: records, in order. Runs of creations and of
+// appends are one record. Observers' old values come from here too.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -9,51 +10,12 @@
 #include <vector>
 
 #include "framework/storage.h"
+#include "framework/undo_records.h"
 #include "framework/value.h"
 
 namespace mf::zero {
 
 class ModelImpl;
-
-enum class UndoKind : std::uint8_t {
-  kNothing,      ///< a record that was withdrawn
-  kCreate,       ///< `count` elements from `element` on, `position` cell units apart
-  kDestroy,      ///< the same; `old`: the list of its referrers, of a single one
-  kProxy,        ///< a proxy was made; not told
-  kLoad,         ///< a proxy was loaded; not told
-  kLoadInto,     ///< `count` contents from `position` on came with it; not told
-  kWord,         ///< eight bytes; `old`: the bits before
-  kHalf,         ///< four bytes
-  kByte,         ///< one byte
-  kText,         ///< `old`: the text before, owned by the record
-  kArray,        ///< `old`: the property copy before, owned by the record
-  kReference,    ///< a single reference or containment; `old`: id of the target before
-  kInsert,       ///< `count` slots from `position` on were put into a reference list
-  kRemove,       ///< the slot at `position` was emptied; `old`: id of its target
-  kValueInsert,  ///< `count` values from `position` on were put into a primitive list
-  kValueRemove,  ///< the value at `position` was taken out; `old`: its bits or text
-};
-
-/// Whether the record is of what observers are not told: that an element which exists elsewhere has
-/// come into memory.
-constexpr bool isLoading(UndoKind kind) {
-  return kind == UndoKind::kProxy || kind == UndoKind::kLoad || kind == UndoKind::kLoadInto;
-}
-
-/// Whether the record is the replacement of one plain number, flag or literal.
-constexpr bool isPlainSet(UndoKind kind) {
-  return kind == UndoKind::kWord || kind == UndoKind::kHalf || kind == UndoKind::kByte;
-}
-
-struct UndoRecord {
-  UndoKind kind;
-  std::uint16_t property = 0;
-  ElementId element = kNoElement;
-  std::uint32_t position = 0;
-  std::uint32_t count = 0;
-  std::uint64_t old = 0;
-};
-static_assert(sizeof(UndoRecord) == 24);
 
 /// Which properties of which elements a log touches, and by which records.
 class ChangeIndex {
@@ -75,7 +37,7 @@ class ChangeIndex {
   };
 
   /// Takes in the records that were added since the last call.
-  void extend(const std::vector<UndoRecord>& records, ModelImpl& model);
+  void extend(const UndoRecords& records, ModelImpl& model);
   const Entry* find(ElementId element, std::uint16_t property) const;
   /// All entries; forgotten ones have no steps.
   const std::vector<Entry>& entries() const { return entries_; }
@@ -104,15 +66,16 @@ class UndoLog {
   ~UndoLog();
 
   bool empty() const { return records.empty(); }
+  bool isCommitted() const { return round > 0; }
   /// Whether all that happened is that one plain value was replaced: the most frequent change.
   bool isOnePlainSet() const { return records.size() == 1 && isPlainSet(records.front().kind); }
-  /// Adds a record; may throw std::bad_alloc, so it stands before the change. Inlined, so that the
-  /// record is made in its place: a copy would wait for the stores that have just made it.
-  [[gnu::always_inline]] void add(const UndoRecord& record) { records.emplace_back() = record; }
-  /// Makes room for one record, so that adding it cannot fail.
-  void makeRoom() {
-    if (records.size() == records.capacity()) records.reserve(2 * records.size() + 8);
+  /// Adds a record; may throw std::bad_alloc, so it stands before the change.
+  [[gnu::always_inline]] void add(const UndoRecord& record) {
+    assert(!isCommitted());
+    records.add(record);
   }
+  /// Makes room for one record, so that adding it cannot fail.
+  void makeRoom() { records.makeRoom(); }
   /// Whether the newest record, after `mark`, is the creation of this very element: undoing that
   /// undoes all that happens to the element's own values and references now.
   bool coversNew(ElementId element, std::size_t mark) const {
@@ -144,8 +107,9 @@ class UndoLog {
   /// Empties the log, but for room that is worth keeping for the next transaction. One set outside
   /// of a transaction that nobody looked at, the most frequent, has left nothing but its record.
   void clear() {
-    if (isOnePlainSet() && !mayBeVoid && !indexed_ && changes.empty()) {
+    if (isOnePlainSet() && !mayBeVoid && !indexed_) {
       records.clear();
+      round = 0;
     } else {
       clearAll();
     }
@@ -154,10 +118,13 @@ class UndoLog {
   void release();
 
   ModelImpl& model;
-  std::vector<UndoRecord> records;
+  UndoRecords records;
   std::optional<Value> result;  ///< what the commit was given
   bool mayBeVoid = false;       ///< several changes: everything may have ended where it began
-  UndoLog* next = nullptr;      ///< the later one, in a queue of logs
+  /// 0 while the transaction is open. Then 1; for an answer of observers to another log, one more
+  /// than that one's.
+  int round = 0;
+  UndoLog* next = nullptr;      ///< the one that came after, while this one is needed
   std::vector<Change> changes;  ///< room for the change set, kept between commits
 
  private:

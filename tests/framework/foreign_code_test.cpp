@@ -94,6 +94,20 @@ TEST_F(ForeignCodeTest, MayActWhileAnUnchangedValueIsForgotten) {
   transaction.commit();
 }
 
+TEST_F(ForeignCodeTest, IsHeardOfAfterTheCommitThatItWasPartOf) {
+  const Record armed = record();
+  arm(armed, [this] { witness_->setNumber(witness_.number() + 1); });
+  std::vector<std::u16string> heard;
+  const auto subscription = model->observe([&](const ChangeSet& changes) {
+    for (const Change& change : changes) heard.emplace_back(change.property()->name);
+    if (heard.size() > 1) return;
+    armed->setWhole(3);
+    armed->setText(u"waiting");
+  });
+  armed->setData(nullptr);
+  EXPECT_EQ(heard, (std::vector<std::u16string>{u"Data", u"Whole", u"Text", u"Number"}));
+}
+
 TEST_F(ForeignCodeTest, MayCloseTheModelAtTheEndOfACommit) {
   const Record armed = record();
   const Bed sunny = bed();

@@ -162,6 +162,40 @@ TEST_F(ObserverTest, WhatTheyWriteIsToldAfterwardsAndEarlierSetsKeepTheirNewValu
   EXPECT_NE(lines[3].find("Whole 2 -> 3; "), std::string::npos);
 }
 
+TEST_F(ObserverTest, MayLeaveATransactionOpenWhichIsToldOfWhenItIsCommitted) {
+  const Bed sunny = bed(u"sunny");
+  std::optional<Transaction> open;
+  const auto beginner = model->observe([&](const ChangeSet&) {
+    if (open) return;
+    open.emplace(model->beginTransaction());
+    sunny->setWidth(3);
+  });
+  const auto subscription = listen();
+  sunny->setWidth(2);
+  EXPECT_EQ(heard(), Lines{"Width 1.500000 -> 2.000000; "});
+  sunny->setLabel(u"shady");
+  EXPECT_TRUE(told.empty());
+  open->commit();
+  EXPECT_EQ(heard(), Lines{"Width 2.000000 -> 3.000000; Label \"sunny\" -> \"shady\"; "});
+}
+
+TEST_F(ObserverTest, MayUndoWhatTheyBeganWithoutATrace) {
+  const Bed sunny = bed();
+  const auto undecided = model->observe([&](const ChangeSet&) {
+    Transaction transaction = model->beginTransaction();
+    sunny->setWidth(7);
+    sunny->setLabel(u"seven");
+    transaction.rollback();
+    model->beginTransaction().commit();
+  });
+  const auto subscription = listen();
+  for (const double width : {2.0, 3.0}) {
+    sunny->setWidth(width);
+    EXPECT_EQ(heard().size(), 1U);
+    EXPECT_EQ(sunny.width(), width);
+  }
+}
+
 TEST_F(ObserverTest, MayDestroyWhatAnotherIsStillToHearOf) {
   const Bed sunny = bed();
   const Plant lily = plant();

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "framework/builder.h"
+#include "framework/change_set.h"
 #include "framework/garden_test.h"
 #include "host/array.h"
 #include "support/picture.h"
@@ -85,6 +86,22 @@ TEST_F(ProxyTest, ValuesComeWhenSomebodyLooksByWhateverWay) {
     EXPECT_EQ(distant.label(), u"");
   }
   EXPECT_EQ(shelf->loads, static_cast<int>(looks.size()));
+}
+
+TEST_F(ProxyTest, ObserversMayLookAtThemWhileTheyAreTold) {
+  const Bed sunny = bed();
+  const Bed distant = wideBed(7);
+  int told = 0;
+  const auto subscription = model->observe([&](const ChangeSet& changes) {
+    ++told;
+    EXPECT_EQ(distant.width(), 7);
+    ASSERT_EQ(changes.size(), 1U);
+    EXPECT_EQ(changes.begin()->oldValue(), Value(1.5));
+    EXPECT_EQ(changes.begin()->newValue(), Value(2.0));
+  });
+  sunny->setWidth(2);
+  EXPECT_EQ(told, 1);
+  EXPECT_EQ(shelf->loads, 1);
 }
 
 TEST_F(ProxyTest, ValuesOfEveryKindAndDefaultsAreFilledIn) {
