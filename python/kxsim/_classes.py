@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import enum
 import types
-from collections.abc import Callable, Mapping
+from collections.abc import Callable, Iterable, Mapping
 from typing import TYPE_CHECKING, Any
 
 from kxsim import _dist, _host
@@ -54,9 +54,7 @@ class HostObject(_host.Object):
     __signature__ = _Signature()
 
     def __init__(self, *arguments: Any, **values: Any) -> None:
-        for name in values:
-            if name not in self.__host_properties__:
-                refuse_keyword(type(self), name)
+        check_keywords(type(self), values)
         try:
             _construct(self, self.__host_name__, arguments, values)
         except HostError as error:
@@ -88,7 +86,8 @@ class HostObject(_host.Object):
 
         if not self.is_valid or not type(self).__host_properties__:
             return _html.preformatted(repr(self))
-        return _html.element(self, list(type(self).__host_properties__))
+        values = {name: getattr(self, name) for name in type(self).__host_properties__}
+        return _html.pairs(type(self).__host_name__, values)
 
 
 class NamedObject(HostObject):
@@ -114,10 +113,12 @@ class NamedObject(HostObject):
         return lambda *arguments: _host.invoke(self, name, arguments)
 
 
-def refuse_keyword(cls: type[HostObject], name: str) -> None:
-    """Raises the TypeError of a keyword that is no property of the class."""
-    near = nearest(name, cls.__host_properties__)
-    raise TypeError(f"{cls.__name__} has no property {name!r}{hint(near)}")
+def check_keywords(cls: type[HostObject], names: Iterable[str]) -> None:
+    """Raises TypeError for a keyword that is no property of the class."""
+    for name in names:
+        if name not in cls.__host_properties__:
+            near = nearest(name, cls.__host_properties__)
+            raise TypeError(f"{cls.__name__} has no property {name!r}{hint(near)}")
 
 
 def class_for(name: str) -> type:
@@ -222,10 +223,26 @@ def _method_doc(described: dict[str, Any]) -> str:
 
 
 def _property(owner: str, described: dict[str, Any]) -> property:
+    from kxsim import _live
+
     name, data_type = described["name"], described["type"]
-    setter = _host.setter(name) if described["writable"] else None
     getter = _host.getter(name, data_type.endswith(" property"))
+    setter = _host.setter(name) if described["writable"] else None
+    if _live.EXTENSIONS.get(data_type) is _live.Collection:
+        setter = _keeping(name, getter)
     return property(getter, setter, None, f"{described['doc']} ({data_type})")
+
+
+def _keeping(name: str, getter: Callable) -> Callable:
+    """The setter that lets `owner.name += items` end well, and refuses all else."""
+
+    def keep(owner: HostObject, value: object) -> None:
+        if value != getter(owner):
+            raise AttributeError(
+                f"{name!r} has no setter, it is a live collection: assign to {name}[:]"
+            )
+
+    return keep
 
 
 def _named(function: Callable, owner: str, described: dict[str, Any]) -> Callable:

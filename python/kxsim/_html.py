@@ -3,8 +3,9 @@
 from __future__ import annotations
 
 import reprlib
-from collections.abc import Mapping, Sequence
+from collections.abc import Mapping
 from html import escape
+from itertools import islice
 from typing import Any
 
 ROWS, COLUMNS, LINES, LETTERS = 20, 20, 60, 60
@@ -47,12 +48,14 @@ def table(caption: str, rows: Mapping[Any, Mapping[str, Any]], total: int) -> st
     return f"<table>{caption}<thead><tr>{head}</tr></thead><tbody>{body}</tbody></table>{foot}"
 
 
-def element(shown: Any, names: Sequence[str]) -> str:
-    """Its properties, a row each."""
+def pairs(caption: str, values: Mapping[str, Any]) -> str:
+    """The first values by name, a row each."""
     rows = "".join(
-        f"<tr><th>{cell(name)}</th><td>{cell(getattr(shown, name))}</td></tr>" for name in names
+        f"<tr><th>{cell(name)}</th><td>{cell(value)}</td></tr>"
+        for name, value in islice(values.items(), LINES)
     )
-    return f"<table><caption>{escape(type(shown).__host_name__)}</caption>{rows}</table>"
+    foot = f"<p>... {len(values) - LINES:,} more</p>" if len(values) > LINES else ""
+    return f"<table><caption>{escape(caption)}</caption>{rows}</table>{foot}"
 
 
 def listing(items: Any, name: str) -> str:

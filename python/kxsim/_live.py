@@ -3,15 +3,17 @@
 from __future__ import annotations
 
 import atexit
+import operator
 import weakref
 from collections.abc import Callable, Iterable, Iterator, Mapping, MutableSequence, Sequence
 from contextlib import contextmanager
 from itertools import islice
+from reprlib import repr as shortened
 from types import GenericAlias
 from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar, overload
 
 from kxsim import _host
-from kxsim._classes import HostObject, refuse_keyword
+from kxsim._classes import HostObject, check_keywords
 from kxsim._dist import Distribution
 from kxsim._errors import HostError, always
 
@@ -27,15 +29,20 @@ else:
 
 MANY = _host.Reading.MANY
 _COLUMNS = (list, _host.ObjectArray)
-_NO_COLUMNS = (str, bytes, Mapping)
+_NO_COLUMNS = (str, bytes, Mapping, set, frozenset)
 
 
 def column(name: object, values: Any) -> Any:
-    """The values given for each of several; TypeError for what is no list of them."""
+    """The values given for each of several; TypeError for what is no list of them.
+
+    Sets have no order, tables and studies more than one column, arrays without dimensions none.
+    """
     if isinstance(values, _COLUMNS):
         return values
-    if not isinstance(values, Iterable) or isinstance(values, _NO_COLUMNS):
-        raise TypeError(f"the values of {name!r} are a list, not {values!r}")
+    is_list = isinstance(values, Iterable) and not isinstance(values, _NO_COLUMNS)
+    if not is_list or hasattr(values, "columns") or getattr(values, "ndim", 1) == 0:
+        told = " ".join(shortened(values).split())
+        raise TypeError(f"the values of {name!r} are a list, not {told}")
     return list(values)
 
 
@@ -104,9 +111,7 @@ class Model(_Mixed):
         """New elements of a class, in order, all or none of them; keywords name properties and
         have their values, one for each element."""
         if isinstance(of_class, type) and issubclass(of_class, HostObject):
-            for name in columns:
-                if name not in of_class.__host_properties__:
-                    refuse_keyword(of_class, name)
+            check_keywords(of_class, columns)
         given = {name: column(name, values) for name, values in columns.items()}
         try:
             return _host.invoke(self, "createElements", (of_class, given), MANY)
@@ -213,6 +218,13 @@ class Run(_Mixed):
         words = [f"{name}={value!r}" for name, value in islice(values_of(self).items(), 6)]
         return f"<{' '.join([type(self).__host_name__, *words])}>"
 
+    def _repr_html_(self) -> str:
+        if not self.is_valid:
+            return super()._repr_html_()
+        from kxsim import _describe, _html
+
+        return _html.pairs(type(self).__host_name__, _describe.values_of(self))
+
 
 class Collection(_Mixed):
     """Mixed into the live collections: a mutable sequence, each change one transaction."""
@@ -230,7 +242,7 @@ class Collection(_Mixed):
     def __getitem__(self, index: Any) -> Any:
         if isinstance(index, slice):
             return list(self._all()[index])
-        place = index.__index__()
+        place = operator.index(index)
         try:
             return _host.invoke(self, "at", (place if place >= 0 else place + len(self),))
         except HostError as error:

@@ -220,6 +220,16 @@ class CollectionMachine(RuleBasedStateMachine):
 TestLiveCollections = CollectionMachine.TestCase
 
 
+def test_a_collection_grows_in_place_and_no_other_takes_its(model):
+    study, other = design.Exhaustive(model), design.Exhaustive(model)
+    spaces = [design.Sequential(model), design.Sequential(model)]
+    study.ParameterSpaces += spaces
+    assert [*study.ParameterSpaces] == spaces
+    with pytest.raises(AttributeError, match=r"ParameterSpaces\[:\]"):
+        other.ParameterSpaces = study.ParameterSpaces
+    assert [*study.ParameterSpaces] == spaces and not other.ParameterSpaces
+
+
 def test_collections_of_values_and_strangers(model):
     select = command.SelectRuns(model, RunIds=[3, 1])
     select.RunIds.append(2)

@@ -76,10 +76,12 @@ def test_runs_show_their_values(model):
     assert shown(study.runs).rows[:2] == [["", "Kp", "Ki"], ["0", "0.1", "1"]]
     assert repr(study.runs[1]) == "<kxsim.design.Iteration Kp=0.2 Ki=1.0>"
     assert shown(Study.of(study.space)).besides == str(study)
+    assert shown(study.runs[1]).rows == [["Kp", "0.2"], ["Ki", "1"]]
     wide = grid(*({f"<{k}>": [1]} for k in range(100)))
     assert shown(wide).besides.endswith("... 41 more")
     assert shown(wide.runs).besides.endswith("... 80 more columns")
     assert len(shown(wide.runs).rows[1]) == 21
+    assert len(shown(wide.runs[0]).rows) == 60 and shown(wide.runs[0]).besides.endswith("40 more")
 
 
 def test_what_cannot_be_shown_says_why(model):
