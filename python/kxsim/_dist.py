@@ -5,6 +5,8 @@ from __future__ import annotations
 from inspect import BoundArguments, Parameter, Signature
 from typing import TYPE_CHECKING, Any
 
+from kxsim._errors import hint, nearest
+
 if TYPE_CHECKING:
     from kxsim._classes import NamedObject as _Mixed  # what this is mixed into
 else:
@@ -57,8 +59,22 @@ class Distribution(_Mixed):
     def __init__(self, *arguments: Any, **values: Any) -> None:
         signature = _SIGNATURES.get(type(self).__host_name__)
         if signature is not None:
-            arguments, values = _in_order(signature.bind(*arguments, **values)), {}
+            bound = _bound(type(self).__name__, signature, arguments, values)
+            arguments, values = _in_order(bound), {}
         super().__init__(*arguments, **values)
+
+
+def _bound(
+    kind: str, signature: Signature, arguments: tuple[Any, ...], values: dict[str, Any]
+) -> BoundArguments:
+    for name in values:
+        if name not in signature.parameters:
+            near = nearest(name, signature.parameters)
+            raise TypeError(f"{kind} has no parameter {name!r}{hint(near)}")
+    try:
+        return signature.bind(*arguments, **values)
+    except TypeError as error:
+        raise TypeError(f"{kind}{signature}: {error}") from None
 
 
 def _in_order(bound: BoundArguments) -> tuple[Any, ...]:
