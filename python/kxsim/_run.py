@@ -54,6 +54,7 @@ def run(
     """
     from kinetra.simmanager import mm
 
+    _check_elements(study, job)
     _check(function, executor, workers, chunk)
     _check_share(stop_on_error)
     inputs, total = _inputs(study)
@@ -90,6 +91,17 @@ def _recording(results: Results) -> Iterator[None]:
         error.results = results  # type: ignore[attr-defined]
         error.add_note(f"This ended the runs; `results` of the error has what came: {results!r}")
         raise
+
+
+def _check_elements(study: object, job: object) -> None:
+    from kinetra.simmanager import mm
+
+    from kxsim.study import Study
+
+    if not isinstance(study, Study):
+        raise TypeError(f"what is run is a study made by kxsim.study, not {study!r}")
+    if job is not None and not isinstance(job, mm.Job):
+        raise TypeError(f"runs are recorded in a kinetra.simmanager.mm.Job, not in {job!r}")
 
 
 def _check(

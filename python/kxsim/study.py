@@ -25,6 +25,7 @@ from typing import TYPE_CHECKING, Any, NamedTuple, TypeAlias, overload
 
 import kxsim
 from kxsim import _describe, design
+from kxsim._classes import check_keywords
 from kxsim._distributions import generator as numpy_generator
 from kxsim._errors import always
 from kxsim._live import column
@@ -52,6 +53,7 @@ def target(of_class: type[design.ParameterType], **properties: Any) -> Target:
     """What a run changes, say `target(design.BlockParameter, Name="Kp", BlockPath="motor/pid")`."""
     if not (isinstance(of_class, type) and issubclass(of_class, design.ParameterType)):
         raise TypeError(f"a target is a class below design.ParameterType, not {of_class!r}")
+    check_keywords(of_class, properties)
     return Target(of_class, tuple(properties.items()))
 
 
@@ -81,6 +83,8 @@ class Study:
         """
         if "space" in self.__dict__:
             raise ValueError("the study has been built already")
+        if model is not None and not isinstance(model, kxsim.Model):
+            raise TypeError(f"a study is built in a model, not in {model!r}")
         model = model or self._given_model or kxsim.Model()
         with model.transaction():
             self.__dict__["space"] = self._make(model)
@@ -254,9 +258,12 @@ def _made_at_once(parameters: Sequence[_Parameter], model: Any) -> Sequence[Any]
         return model.createElements(parameters[0].of_class, ParameterType=types, **values)
     except Exception as error:
         refused = error
-    for parameter in parameters:
-        parameter.make(model)  # raises for what was refused, and says for which key
-    raise refused
+    try:
+        for parameter in parameters:
+            parameter.make(model)  # raises for what was refused, and says for which key
+        raise refused
+    finally:
+        del refused  # it has this frame, which would have it too
 
 
 def _combined(of_class: type, children: Sequence[_Part], check: Any = None) -> Study:
@@ -344,6 +351,9 @@ def _columns_of(table: Any) -> dict[Any, list[Any]]:
 
 
 def _pairs(parts: Iterable[Mapping[Any, Any]], more: Mapping[str, Any]) -> list[tuple[Any, Any]]:
+    for part in parts:
+        if not isinstance(part, Mapping):
+            raise TypeError(f"draws take mappings from what varies to distributions, not {part!r}")
     pairs = [pair for part in (*parts, more) for pair in part.items()]
     if not pairs:
         raise ValueError("draws need at least one distribution")

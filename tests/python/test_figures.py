@@ -553,6 +553,7 @@ MAKING = [
     (lambda f: f.register(".os:name"), "PlotClassNotFound", "module:function"),
     (lambda f: f.register("os:nope"), "PlotClassNotFound", "nope"),
     (lambda f: f.register("os:name"), "PlotClassNotFound", "callable"),
+    (lambda f: f.custom(3), "PlotClassNotFound", "plot class 3 .* callable"),
     (lambda f: f.histogram(data("a", type="Input")), "UnknownLiteral", "type of source 'Input'"),
     (lambda f: f.create("Histgram"), "UnknownLiteral", "mean 'Histogram'"),
     (lambda f: f.scatter(x="a", y=["sum", "size"]), "TextsAndNumbers", "axis Y"),

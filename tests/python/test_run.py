@@ -276,6 +276,9 @@ def test_what_holds_no_results_is_refused(tmp_path, text):
 
 
 MISTAKES = [
+    (lambda s: kxsim.run([{"a": 1}], area), TypeError, "a study made by kxsim.study"),
+    (lambda s: kxsim.run(s.space, area), TypeError, "a study made by kxsim.study"),
+    (lambda s: kxsim.run(s, area, job=s.space), TypeError, "recorded in a .*Job, not in"),
     (lambda s: kxsim.run(s, 3), TypeError, "callable"),
     (lambda s: kxsim.run(s, lambda run: 1), TypeError, "executor='threads'"),
     (lambda s: kxsim.run(s, area, executor="cluster"), ValueError, "no such executor"),

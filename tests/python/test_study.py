@@ -1,5 +1,8 @@
 """Studies in few words: what they make, how they read, and each mistake."""
 
+import gc
+import weakref
+
 import kxsim
 import numpy as np
 import pytest
@@ -127,7 +130,10 @@ twice.columns *= 2
 MISTAKES = [
     (lambda: grid(), ValueError, "at least one"),
     (lambda: grid(a=3), TypeError, "'a' are a list"),
-    (lambda: grid(a="xyz"), TypeError, "'a' are a list"),
+    *(
+        (lambda items=items: grid(a=items), TypeError, "'a' are a list")
+        for items in ("xyz", {"x", "y"}, np.array(5.0), Frame(x=[1]), grid(b=[1]))
+    ),
     (lambda: grid(zipped(a=[1], b=[1]), a=[2]), ValueError, "'a' is varied twice"),
     (lambda: grid(a=[], b=[1]), ValueError, "'a' has no values"),
     (lambda: grid(Frame(a=[], b=[])), ValueError, "'a' has no values"),
@@ -145,7 +151,10 @@ MISTAKES = [
     (lambda: draws(2), ValueError, "at least one distribution"),
     (lambda: len(draws(2, a=3, rng=1)), TypeError, "no distribution"),
     (lambda: len(draws(2, a=3)), kxsim.HostError, "RandomMethodNotFound"),
+    (lambda: draws(2, [kxsim.dist.Uniform(0, 1)]), TypeError, "draws take mappings"),
     (lambda: target(design.Figure), TypeError, "ParameterType"),
+    (lambda: target(design.BlockParameter, Nam="Kp"), TypeError, "did you mean 'Name'"),
+    (lambda: grid(a=[1]).build(3), TypeError, "built in a model, not in 3"),
     (lambda: Study.of(3), TypeError, "parameter space"),
 ]
 
@@ -163,6 +172,23 @@ def test_a_refused_study_leaves_the_model_as_it_was(model):
     with pytest.raises(TypeError) as caught:
         grid(a=[1j], b=[1]).build(model)
     assert len(model) == 0 and caught.value.__notes__ == ["It was given for 'a'."]
+
+
+def test_a_refused_study_is_let_go_at_once(model):
+    class Fair:
+        def random(self):
+            return 0.5
+
+    fair = Fair()
+    is_kept = weakref.ref(fair)
+    gc.disable()
+    try:
+        with pytest.raises(kxsim.HostError) as caught:
+            draws(2, a=fair, b=3).build(model)
+        del caught, fair
+        assert is_kept() is None
+    finally:
+        gc.enable()
 
 
 def test_parts_keep_their_order_and_each_refusal_its_key(model):

@@ -74,6 +74,8 @@ class Plots:
 
     def _name(self, plot: Callable[[Plot], object]) -> str:
         """By which the function is found from now on; another one may have its name already."""
+        if not callable(plot):
+            raise FigureError("PlotClassNotFound", name=plot, reason="it is not callable")
         name = base = f"{plot.__module__}:{getattr(plot, '__qualname__', type(plot).__name__)}"
         count = 1
         while self._functions.setdefault(name, plot) is not plot:

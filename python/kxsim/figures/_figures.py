@@ -11,6 +11,7 @@ from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
 from kxsim import design
+from kxsim._results import Results
 from kxsim.figures import _commands, _making
 from kxsim.figures._custom import Drawn, Plots
 from kxsim.figures._data import literal
@@ -23,7 +24,6 @@ if TYPE_CHECKING:
     from mf import zero
 
     from kxsim._live import Subscription
-    from kxsim._results import Results
     from kxsim.design import internal
     from kxsim.figures._draw import Picture
 
@@ -43,6 +43,8 @@ class Figures:
         view: design.DesignView | None = None,
         model: zero.Model | None = None,
     ) -> None:
+        if not isinstance(results, Results):
+            raise TypeError(f"figures show the results of a study's runs, not {results!r}")
         if view is not None and model is not None and view.model() != model:
             raise ValueError("the view belongs to another model")
         self.results = results
