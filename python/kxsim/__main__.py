@@ -71,7 +71,7 @@ def run(options: argparse.Namespace) -> int:
     if make_figures is not None:
         _need("matplotlib", "a study file with figures")
     _check_output(options.output)
-    print(f"{len(study):,} runs", file=sys.stderr)
+    print(_describe.count(study.space), file=sys.stderr)
     results, failure = _carry_out(study, simulate, options)
     write = results.to_parquet if options.output.suffix == ".parquet" else results.to_csv
     write(options.output)
@@ -117,9 +117,15 @@ def _save_pictures(make: Any, results: Any, options: argparse.Namespace) -> None
 def explain(options: argparse.Namespace) -> int:
     study = study_in(load(options.file, options.seed))
     print(study)
-    print(f"\nmemory for the runs: about {_describe.memory(study.space) / 2**20:,.1f} MiB\n")
+    print(f"\nmemory for the runs: about {_size(_describe.memory(study.space))}\n")
     print(study.table(options.runs))
     return 0
+
+
+def _size(count: float) -> str:
+    """So many bytes, in words."""
+    k = next((k for k in (1, 2, 3) if count < 1024 ** (k + 1)), 4)
+    return f"{count / 1024**k:,.1f} {'KMGT'[k - 1]}iB"
 
 
 def _rows(path: Path) -> list[dict[str, Any]]:
@@ -158,6 +164,16 @@ def _at_least(least: int) -> Callable[[str], int]:
     return number
 
 
+def _share(text: str) -> float:
+    try:
+        share = float(text)
+    except ValueError:
+        share = 0
+    if not 0 < share < 1:
+        raise argparse.ArgumentTypeError(f"{text!r} is no share of the runs between 0 and 1")
+    return share
+
+
 def _add_study(command: Any) -> None:
     command.add_argument("file", help="the study file")
     seed = {"type": _at_least(0), "metavar": "N"}
@@ -177,7 +193,7 @@ def _add_run(commands: Any) -> None:
     count = {"type": _at_least(1), "metavar": "N"}
     option("--workers", **count, help="how many at a time (one per processor)")
     option("--chunk", **count, help="runs handed over at a time")
-    stop = {"type": float, "nargs": "?", "const": True, "default": False, "metavar": "SHARE"}
+    stop = {"type": _share, "nargs": "?", "const": True, "default": False, "metavar": "SHARE"}
     option("--stop-on-error", **stop, help="stop at the first failing run, or past a share")
     option("-q", "--quiet", action="store_true", help="no progress bar")
 

@@ -85,11 +85,15 @@ def tree(space: Any) -> str:
     return "\n".join(_lines(space))
 
 
+def count(space: Any) -> str:
+    """Its number of runs, in words, however many they are."""
+    return f"{space.NumIterations:,.0f} run{'s' if space.NumIterations != 1 else ''}"
+
+
 def _lines(space: Any) -> list[str]:
-    count = f"{space.NumIterations:,.0f} run{'s' if space.NumIterations != 1 else ''}"
     if isinstance(space, design.ValueSetParameter):
-        return [f"{name_of(space.ParameterType)}: {count}, {_preview(space.Values or [])}"]
-    head = f"{_WORDS.get(type(space).__name__, type(space).__name__)}: {count}"
+        return [f"{name_of(space.ParameterType)}: {count(space)}, {_preview(space.Values or [])}"]
+    head = f"{_WORDS.get(type(space).__name__, type(space).__name__)}: {count(space)}"
     return [head, *_branches(_blocks(space))]
 
 

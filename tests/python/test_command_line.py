@@ -53,6 +53,8 @@ def folder(tmp_path):
     (tmp_path / "named.csv").write_text("")
     (tmp_path / "two_by_two.txt").write_text("not Python")
     (tmp_path / "raising.py").write_text("import os\n1 / 0\n")
+    huge = "study = grid({str(k): range(1000) for k in range(8)})"
+    (tmp_path / "huge.py").write_text(STUDY + huge)
     (tmp_path / "broken.py").write_text("\nstudy = (\n")
     (tmp_path / "drawn.py").write_text(DRAWN)
     (tmp_path / "linked.py").symlink_to(tmp_path / "two_by_two.py")
@@ -62,7 +64,7 @@ def folder(tmp_path):
 def test_explain_shows_counts_memory_and_first_runs(folder):
     code, out, _ = kxsim(folder, "explain", "linked.py", "-n", "1")
     assert code == 0 and out.startswith("grid: 4 runs\n├─ zipped: 2 runs\n")
-    assert "memory for the runs: about 0.0 MiB" in out
+    assert "memory for the runs: about 1.7 KiB" in out
     assert out.endswith("run  a  b  c\n  1  1  x  5\n... 3 more\n")
 
 
@@ -104,6 +106,8 @@ def test_the_figures_of_a_study_are_saved(folder, options):
         (["explain", "broken.py"], "broken.py, line 2: SyntaxError: "),
         (["run", "two_by_two.py", "--workers", "0"], "--workers: '0' is no integer from 1 on"),
         (["explain", "two_by_two.py", "-n", "-2"], "-n/--runs: '-2' is no integer from 1 on"),
+        (["run", "two_by_two.py", "--stop-on-error", "2"], "'2' is no share of the runs"),
+        (["run", "huge.py"], "more iterations than this machine's memory can hold"),
         (["walk"], "invalid choice"),
     ],
 )
