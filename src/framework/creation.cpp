@@ -85,9 +85,7 @@ void storeReference(ElementImpl& element, const PropertyInfo& property, ElementI
 /// Whether another loaded element holds `target` in its own `property`.
 bool isHeldByAnother(const ElementImpl& element, const PropertyInfo& property,
                      ElementImpl& target) {
-  IncomingList* list = Raw::incoming(target);
-  if (!list) return false;
-  return std::any_of(list->entries(), list->entries() + list->size, [&](const Incoming& entry) {
+  return std::ranges::any_of(links::referrersOf(target), [&](const Incoming& entry) {
     const ElementImpl& owner = *Chunk::find(target, entry.owner);
     return &owner != &element && !owner.isProxy() &&
            &links::propertyOf(owner, entry.link) == &property;
@@ -112,8 +110,8 @@ void dropOutdatedEnds(ElementImpl& element, const PropertyInfo& property) {
 
 /// Makes the own ends of references that loaded elements have made meanwhile.
 void addMissingEnds(ElementImpl& element) {
-  for (std::uint32_t i = 0; Raw::incoming(element) && i < Raw::incoming(element)->size; ++i) {
-    const Incoming entry = Raw::incoming(element)->entries()[i];
+  for (std::size_t i = 0; i < links::referrersOf(element).size(); ++i) {
+    const Incoming entry = links::referrersOf(element)[i];
     ElementImpl& owner = *Chunk::find(element, entry.owner);
     const PropertyInfo* property = links::propertyOf(owner, entry.link).opposite;
     if (!property || owner.isProxy() || references::find(element, *property, &owner)) continue;

@@ -26,9 +26,8 @@ void forEachContained(const ElementImpl& element, Visit&& visit) {
   }
 }
 
-void emptyReferrers(ModelImpl& model, IncomingList& referrers) noexcept {
-  for (std::uint32_t i = 0; i < referrers.size; ++i) {
-    const Incoming& entry = referrers.entries()[i];
+void emptyReferrers(ModelImpl& model, std::span<const Incoming> referrers) noexcept {
+  for (const Incoming& entry : referrers) {
     const ElementImpl& owner = *model.pool().at(entry.owner);
     const PropertyInfo& property = links::propertyOf(owner, entry.link);
     const std::uint32_t position = links::positionOf(entry.link);
@@ -50,18 +49,17 @@ bool endsAt(const UndoLog& log, std::size_t first, ElementId id, std::uint32_t s
 void retire(ModelImpl& model, std::size_t first, ElementId id) {
   ElementImpl& element = *model.pool().at(id);
   const Chunk& chunk = *Chunk::of(&element);
-  IncomingList* const referrers = Raw::incoming(element);
   UndoLog& log = model.log();
-  if (!referrers && endsAt(log, first, id, chunk.cellUnits)) {
+  log.makeRoom();
+  UndoRecord record{
+      .kind = UndoKind::kDestroy, .element = id, .position = chunk.cellUnits, .count = 1};
+  const links::KeptReferrers referrers = links::takeReferrers(element, record);
+  if (record.old == 0 && endsAt(log, first, id, chunk.cellUnits)) {
     ++log.records.back().count;
   } else {
-    log.add({.kind = UndoKind::kDestroy,
-             .element = id,
-             .position = chunk.cellUnits,
-             .count = 1,
-             .old = reinterpret_cast<std::uintptr_t>(referrers)});
+    log.add(record);
   }
-  if (referrers) emptyReferrers(model, *std::exchange(Raw::incoming(element), nullptr));
+  emptyReferrers(model, referrers.entries());
   if (!chunk.layout->references().empty()) links::withdraw(element);
   model.identities().remove(element);
   Raw::setRetired(element, true);

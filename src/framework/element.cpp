@@ -168,8 +168,7 @@ void ElementImpl::doDestroy(bool withContents, bool evenIfReferenced) {
 
 void ElementImpl::reserveReferrers(std::size_t count) {
   if (isDestroyed()) refuseChange();
-  const IncomingList* list = incoming_;
-  if (count > (list ? list->capacity - list->size : 0)) links::growReferrers(*this, count);
+  if (count > links::roomForReferrers(*this)) links::growReferrers(*this, count);
 }
 
 void ElementImpl::disassociateIncoming() {

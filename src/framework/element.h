@@ -111,9 +111,8 @@ class MF0_API ElementImpl {
   /// Has the processor fetch what a reference to this element will touch, for those who are about
   /// to make one; a hint that changes nothing.
   void prefetchReferrers() const {
-    if (!incoming_) return;
-    __builtin_prefetch(incoming_);
-    __builtin_prefetch(incoming_->entries() + incoming_->size, 1);
+    if (!referrers_.list || (flags_ & kOnlyReferrer)) return;
+    __builtin_prefetch(referrers_.list->entries() + referrers_.list->size, 1);
   }
   /// Takes this element out of every reference and reference collection that holds it.
   /// Containment stays.
@@ -262,7 +261,8 @@ class MF0_API ElementImpl {
     kProxy = 1,
     kDestroyed = 2,
     kAttention = kProxy | kDestroyed,
-    kInLog = 4,  ///< destroyed in a change that observers have not heard of yet
+    kInLog = 4,         ///< destroyed in a change that observers have not heard of yet
+    kOnlyReferrer = 8,  ///< referred to once, which is noted in the element itself
   };
 
   ElementStorage* storage() {
@@ -297,7 +297,7 @@ class MF0_API ElementImpl {
   std::uint16_t ownerProperty_ = 0;  ///< index of the containment property in the owner's class
   ElementId owner_ = kNoElement;
   std::uint32_t position_ = 0;  ///< in the owner's list
-  IncomingList* incoming_ = nullptr;
+  Referrers referrers_;
 };
 
 static_assert(sizeof(ElementImpl) == kStorageOffset);

@@ -20,10 +20,11 @@ BlockArena& arenaOf(const ElementImpl& element) { return Chunk::of(&element)->po
 ElementImpl& elementAt(const ElementImpl& near, ElementId id) { return *Chunk::find(near, id); }
 
 void forgetReferrer(ElementImpl& target, std::uint32_t back) noexcept {
-  IncomingList* list = Raw::incoming(target);
-  const Incoming last = list->entries()[--list->size];
-  if (back == list->size) return;
-  list->entries()[back] = last;
+  const std::span<Incoming> notes = referrersOf(target);
+  const Incoming last = notes.back();
+  forgetNewest(target);
+  if (back == notes.size() - 1) return;
+  notes[back] = last;
   const ElementImpl& owner = elementAt(target, last.owner);
   slotAt(owner, propertyOf(owner, last.link), positionOf(last.link)).back = back;
 }
@@ -36,7 +37,7 @@ void moved(ElementImpl& owner, const PropertyInfo& property, std::uint32_t posit
   if (property.has(kContainment)) {
     Raw::position(target) = position;
   } else {
-    Raw::incoming(target)->entries()[slot.back].link = link(property, position);
+    referrersOf(target)[slot.back].link = link(property, position);
   }
 }
 
@@ -84,20 +85,23 @@ void growSlots(ElementImpl& owner, ReferenceList& list, std::size_t count) {
 }
 
 void growReferrers(ElementImpl& target, std::size_t count) {
-  IncomingList*& list = Raw::incoming(target);
-  const std::size_t wanted = (list ? list->size : 0) + count;
+  const std::span<const Incoming> notes = referrersOf(target);
+  const std::size_t wanted = notes.size() + count;
   if (wanted >= std::numeric_limits<std::uint32_t>::max()) {
     raiseTooLong("an element's list of referrers");
   }
   std::size_t bytes = (wanted + 1) * sizeof(Incoming);
+  IncomingList* list = Raw::hasOnlyReferrer(target) ? nullptr : Raw::referrers(target).list;
   if (list) {
     list = static_cast<IncomingList*>(
         arenaOf(target).reallocate(list, (list->capacity + 1) * sizeof(Incoming), bytes));
   } else {
     list = static_cast<IncomingList*>(arenaOf(target).allocate(bytes));
-    list->size = 0;
+    list->size = static_cast<std::uint32_t>(notes.size());
+    std::ranges::copy(notes, list->entries());
   }
   list->capacity = static_cast<std::uint32_t>(bytes / sizeof(Incoming) - 1);
+  Raw::setReferrers(target, {.list = list}, false);
 }
 
 void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
@@ -210,15 +214,31 @@ void releaseSlots(ElementImpl& element, const PropertyInfo& property) noexcept {
   arenaOf(element).release(list.slots - 1, (capacityOf(list.slots) + 1) * sizeof(ReferenceSlot));
 }
 
+namespace {
+
+void releaseList(ElementImpl& anyOfModel, Referrers referrers, bool only) noexcept {
+  IncomingList* const list = only ? nullptr : referrers.list;
+  if (list) arenaOf(anyOfModel).release(list, (list->capacity + 1) * sizeof(Incoming));
+}
+
+}  // namespace
+
 void release(ElementImpl& element) noexcept {
   for (const PropertyInfo* property : Raw::layout(element).elementLists()) {
     releaseSlots(element, *property);
   }
-  release(element, std::exchange(Raw::incoming(element), nullptr));
+  releaseList(element, Raw::referrers(element), Raw::hasOnlyReferrer(element));
+  Raw::setReferrers(element, {}, false);
 }
 
-void release(ElementImpl& anyOfModel, IncomingList* list) noexcept {
-  if (list) arenaOf(anyOfModel).release(list, (list->capacity + 1) * sizeof(Incoming));
+std::span<const Incoming> KeptReferrers::entries() const& {
+  if (only_) return {&referrers_.only, 1};
+  if (!referrers_.list) return {};
+  return {referrers_.list->entries(), referrers_.list->size};
+}
+
+void KeptReferrers::release(ElementImpl& anyOfModel) const noexcept {
+  releaseList(anyOfModel, referrers_, only_);
 }
 
 }  // namespace mf::zero::links

@@ -4,12 +4,14 @@
 // functions that make room.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <span>
 
 #include "framework/element.h"
 #include "framework/raw.h"
 #include "framework/storage.h"
+#include "framework/undo_records.h"
 
 namespace mf::zero::links {
 
@@ -48,38 +50,64 @@ inline void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::
   ReferenceList& list = Raw::at<ReferenceList>(owner, property);
   if (count > roomOf(list)) growSlots(owner, list, count);
 }
-/// Makes room for `count` more referrers of `target`; its list, if any, has less.
+/// Who refers to an element, in the order of their numbers.
+inline std::span<Incoming> referrersOf(const ElementImpl& element) {
+  Referrers& referrers = Raw::referrers(const_cast<ElementImpl&>(element));
+  if (Raw::hasOnlyReferrer(element)) return {&referrers.only, 1};
+  if (!referrers.list) return {};
+  return {referrers.list->entries(), referrers.list->size};
+}
+/// How many more referrers there is room for.
+inline std::size_t roomForReferrers(const ElementImpl& element) {
+  const IncomingList* list = Raw::referrers(const_cast<ElementImpl&>(element)).list;
+  if (!list) return 1;
+  return Raw::hasOnlyReferrer(element) ? 0 : list->capacity - list->size;
+}
+/// Makes room for `count` more referrers of `target`, in a list.
 void growReferrers(ElementImpl& target, std::size_t count);
-/// Makes room for one more; often for many more.
-inline void reserveReferrer(ElementImpl& target) {
-  const IncomingList* list = Raw::incoming(target);
-  if (!list) return growReferrers(target, 1);
-  if (list->size == list->capacity) [[unlikely]]
+/// Makes room for one more, often for many more, and answers the list; null where the first one is
+/// noted in place.
+inline IncomingList* reserveReferrer(ElementImpl& target) {
+  IncomingList*& list = Raw::referrers(target).list;
+  if (Raw::hasOnlyReferrer(target)) [[unlikely]]
+    growReferrers(target, 1);
+  if (list && list->size == list->capacity) [[unlikely]]
     growReferrers(target, std::size_t{list->capacity} + 1);
+  return list;
 }
 
 /// Fills an empty slot: notes the referrer at the target, or the owner in a contained child.
 /// Room must have been made.
 void place(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position,
            ElementImpl& target) noexcept;
-/// Notes a referrer at the target, where room must have been made; answers the note's number. What
-/// is often referred to will be again: the line of memory after the note is asked for.
-inline std::uint32_t noteReferrer(ElementImpl& target, Incoming entry) noexcept {
-  IncomingList* list = Raw::incoming(target);
+/// Notes a referrer at the target, in the list that `reserveReferrer` answers; answers the note's
+/// number. What is often referred to will be again: the line of memory after the note is asked for.
+inline std::uint32_t noteReferrer(ElementImpl& target, IncomingList* list,
+                                  Incoming entry) noexcept {
+  if (!list) {
+    Raw::setReferrers(target, {.only = entry}, true);
+    return 0;
+  }
   Incoming* const note = list->entries() + list->size;
   *note = entry;
   __builtin_prefetch(note + 8, 1);
   return list->size++;
 }
-/// Whether the target's newest note is from the same list or reference as `entry`.
-inline bool isNewestFrom(ElementImpl& target, Incoming entry) noexcept {
-  IncomingList* list = Raw::incoming(target);
-  if (list->size == 0) return false;
-  const Incoming& newest = list->entries()[list->size - 1];
+/// The same where room was made before.
+inline std::uint32_t noteReferrer(ElementImpl& target, Incoming entry) noexcept {
+  return noteReferrer(target, Raw::referrers(target).list, entry);
+}
+/// Whether a list's newest note is from the same list or reference as `entry`.
+inline bool isNewestFrom(const IncomingList& list, Incoming entry) noexcept {
+  if (list.size == 0) return false;
+  const Incoming& newest = list.entries()[list.size - 1];
   return newest.owner == entry.owner && propertyIndexOf(newest.link) == propertyIndexOf(entry.link);
 }
 /// Forgets the target's newest note.
-inline void forgetNewest(ElementImpl& target) noexcept { --Raw::incoming(target)->size; }
+inline void forgetNewest(ElementImpl& target) noexcept {
+  if (Raw::hasOnlyReferrer(target)) return Raw::setReferrers(target, {}, false);
+  --Raw::referrers(target).list->size;
+}
 /// Empties a slot, at both ends. In a list this leaves a hole, which is counted.
 void unplace(ElementImpl& owner, const PropertyInfo& property, std::uint32_t position) noexcept;
 
@@ -109,9 +137,37 @@ void withdraw(ElementImpl& element) noexcept;
 /// Gives back the block of one reference list, which is empty then; its references must have been
 /// withdrawn.
 void releaseSlots(ElementImpl& element, const PropertyInfo& property) noexcept;
+/// Whether the element may hold blocks of the pool.
+inline bool hasBlocks(const ElementImpl& element) {
+  return Raw::referrers(const_cast<ElementImpl&>(element)).list ||
+         !Raw::layout(element).elementLists().empty();
+}
 /// Gives back the blocks of all lists of the element.
 void release(ElementImpl& element) noexcept;
-/// Gives back a list of referrers.
-void release(ElementImpl& anyOfModel, IncomingList* list) noexcept;
+
+/// What referred to an element that is destroyed, as the record of that keeps it.
+class KeptReferrers {
+ public:
+  explicit KeptReferrers(const UndoRecord& record)
+      : referrers_(std::bit_cast<Referrers>(record.old)), only_(record.property != 0) {}
+  void giveBack(ElementImpl& element) const noexcept {
+    Raw::setReferrers(element, referrers_, only_);
+  }
+  std::span<const Incoming> entries() const&;
+  std::span<const Incoming> entries() const&& = delete;  ///< the only one lies in here
+  /// Gives back the memory of a list.
+  void release(ElementImpl& anyOfModel) const noexcept;
+
+ private:
+  Referrers referrers_;
+  bool only_;
+};
+/// Takes the notes of an element over into the record of its destruction.
+inline KeptReferrers takeReferrers(ElementImpl& element, UndoRecord& record) noexcept {
+  record.old = std::bit_cast<std::uint64_t>(Raw::referrers(element));
+  record.property = Raw::hasOnlyReferrer(element);
+  Raw::setReferrers(element, {}, false);
+  return KeptReferrers(record);
+}
 
 }  // namespace mf::zero::links

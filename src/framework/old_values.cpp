@@ -57,8 +57,8 @@ void takeBack(Slots& slots, UndoLog& log, const ChangeIndex::Entry& entry) {
     } else if (record.kind == UndoKind::kRemove) {
       slots[record.position] = static_cast<ElementId>(record.old);
     } else if (record.kind == UndoKind::kDestroy) {
-      auto* referrers = reinterpret_cast<IncomingList*>(record.old);
-      slots[links::positionOf(referrers->entries()[sub].link)] = record.element;
+      const links::KeptReferrers referrers(record);
+      slots[links::positionOf(referrers.entries()[sub].link)] = record.element;
     }
   });
 }

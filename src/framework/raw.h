@@ -44,7 +44,14 @@ struct Raw {
   static ElementId& owner(ElementImpl& e) { return e.owner_; }
   static std::uint16_t& ownerProperty(ElementImpl& e) { return e.ownerProperty_; }
   static std::uint32_t& position(ElementImpl& e) { return e.position_; }
-  static IncomingList*& incoming(ElementImpl& e) { return e.incoming_; }
+  static Referrers& referrers(ElementImpl& e) { return e.referrers_; }
+  static bool hasOnlyReferrer(const ElementImpl& e) {
+    return (e.flags_ & ElementImpl::kOnlyReferrer) != 0;
+  }
+  static void setReferrers(ElementImpl& e, Referrers referrers, bool only) {
+    e.referrers_ = referrers;
+    setFlag(e, ElementImpl::kOnlyReferrer, only);
+  }
   static void setShared(ElementImpl& e) { e.shared_ = true; }
   static void setProxy(ElementImpl& e, bool on) { setFlag(e, ElementImpl::kProxy, on); }
   static void setDestroyed(ElementImpl& e, bool on) { setFlag(e, ElementImpl::kDestroyed, on); }

@@ -52,10 +52,10 @@ bool putAtEnd(ElementImpl& owner, const PropertyInfo& property,
       if (!isWelcome(owner.model(), property, target)) return false;
       welcome = chunk.layout;
     }
-    links::reserveReferrer(*target);
+    IncomingList* const referrers = links::reserveReferrer(*target);
     // What this very call has put there has its note as the newest.
-    if (links::isNewestFrom(*target, note)) return false;
-    *filling.next = {chunk.idOf(target), links::noteReferrer(*target, note)};
+    if (referrers && links::isNewestFrom(*referrers, note)) return false;
+    *filling.next = {chunk.idOf(target), links::noteReferrer(*target, referrers, note)};
     ++filling.next;
     ++note.link;
   }
@@ -184,9 +184,8 @@ void tidyAfter(ModelImpl& model, std::span<const UndoRecord> records) noexcept {
   for (const UndoRecord& record : records) {
     if (record.kind == UndoKind::kRemove) visit(record.element, record.property);
     if (record.kind != UndoKind::kDestroy) continue;
-    auto* referrers = reinterpret_cast<IncomingList*>(record.old);
-    for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
-      const Incoming& entry = referrers->entries()[i];
+    const links::KeptReferrers referrers(record);
+    for (const Incoming& entry : referrers.entries()) {
       visit(entry.owner, links::propertyIndexOf(entry.link));
     }
   }

@@ -73,17 +73,16 @@ std::optional<std::uint32_t> find(const ElementImpl& owner, const PropertyInfo& 
     return here ? std::optional(Raw::position(held)) : std::nullopt;
   }
   const ReferenceList& list = listOf(owner, property);
-  IncomingList* referrers = Raw::incoming(held);
-  if (!referrers) return std::nullopt;
-  if (std::min(referrers->size, list.size) > kLongSearch && !owner.model().isShared()) {
+  const std::span<const Incoming> referrers = links::referrersOf(held);
+  if (std::min<std::size_t>(referrers.size(), list.size) > kLongSearch &&
+      !owner.model().isShared()) {
     const std::uint64_t key = ListIndexes::key(owner.id(), property.index);
     return owner.model().lists().slots(list, key).find(list, id);
   }
-  if (referrers->size < list.size) {
+  if (referrers.size() < list.size) {
     const ElementId ownerId = owner.id();
     const std::uint32_t index = links::link(property, 0);
-    for (std::uint32_t i = 0; i < referrers->size; ++i) {
-      const Incoming& entry = referrers->entries()[i];
+    for (const Incoming& entry : referrers) {
       if (entry.owner == ownerId && entry.link - links::positionOf(entry.link) == index) {
         return links::positionOf(entry.link);
       }
@@ -153,9 +152,7 @@ void removeSlot(ElementImpl& owner, const PropertyInfo& property, std::uint32_t 
 }
 
 bool isReferencedFromOutside(const ElementImpl& element, const ElementImpl& whole) {
-  IncomingList* list = Raw::incoming(const_cast<ElementImpl&>(element));
-  if (!list) return false;
-  return std::any_of(list->entries(), list->entries() + list->size, [&](const Incoming& entry) {
+  return std::ranges::any_of(links::referrersOf(element), [&](const Incoming& entry) {
     return !contains(whole, *Chunk::find(element, entry.owner));
   });
 }
@@ -164,8 +161,8 @@ void clearIncoming(ElementImpl& element) {
   ModelImpl& model = element.model();
   model.checkWritable();
   ModelImpl::Scope scope(model);
-  while (Raw::incoming(element) && Raw::incoming(element)->size > 0) {
-    const Incoming entry = Raw::incoming(element)->entries()[Raw::incoming(element)->size - 1];
+  while (!links::referrersOf(element).empty()) {
+    const Incoming entry = links::referrersOf(element).back();
     ElementImpl& owner = *model.pool().at(entry.owner);
     unlink(owner, links::propertyOf(owner, entry.link), links::positionOf(entry.link));
   }

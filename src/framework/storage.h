@@ -70,6 +70,14 @@ struct IncomingList {
   std::uint32_t size;
   std::uint32_t capacity;
   Incoming* entries() { return reinterpret_cast<Incoming*>(this + 1); }
+  const Incoming* entries() const { return reinterpret_cast<const Incoming*>(this + 1); }
 };
+
+/// An element's referrers: the only one in its place, or the list of them; null without any.
+union Referrers {
+  IncomingList* list = nullptr;
+  Incoming only;
+};
+static_assert(sizeof(Referrers) == sizeof(std::uint64_t));
 
 }  // namespace mf::zero

@@ -28,16 +28,17 @@ void revertCreate(ModelImpl& model, ElementImpl& element) noexcept {
   discard(model, element);
 }
 
-void revertDestroy(ModelImpl& model, ElementImpl& element, IncomingList* referrers) noexcept {
+void revertDestroy(ModelImpl& model, ElementImpl& element, const UndoRecord& record) noexcept {
   Raw::setRetired(element, false);
   links::enter(element);
-  Raw::incoming(element) = referrers;
-  for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
-    const Incoming& entry = referrers->entries()[i];
+  const links::KeptReferrers referrers(record);
+  referrers.giveBack(element);
+  std::uint32_t number = 0;
+  for (const Incoming& entry : referrers.entries()) {
     ElementImpl& owner = *model.pool().at(entry.owner);
     const PropertyInfo& property = links::propertyOf(owner, entry.link);
     const std::uint32_t position = links::positionOf(entry.link);
-    links::slotAt(owner, property, position) = {element.id(), i};
+    links::slotAt(owner, property, position) = {element.id(), number++};
     if (property.has(kMany)) links::filled(owner, property, position);
   }
   model.identities().restore(element);
@@ -87,8 +88,7 @@ void revert(ModelImpl& model, const UndoRecord& record) noexcept {
   ElementImpl& element = *model.pool().at(record.element);
   if (record.kind == UndoKind::kDestroy) {
     for (std::uint32_t i = record.count; i-- > 0;) {
-      revertDestroy(model, *model.pool().at(record.element + i * record.position),
-                    reinterpret_cast<IncomingList*>(record.old));
+      revertDestroy(model, *model.pool().at(record.element + i * record.position), record);
     }
     return;
   }
@@ -132,7 +132,7 @@ void settle(ModelImpl& model, const UndoRecord& record) noexcept {
     }
     case UndoKind::kDestroy: {
       ElementImpl& first = *model.pool().at(record.element);
-      links::release(first, reinterpret_cast<IncomingList*>(record.old));
+      links::KeptReferrers(record).release(first);
       for (std::uint32_t i = 0; i < record.count; ++i) {
         ElementImpl& element = *model.pool().at(record.element + i * record.position);
         Raw::setInLog(element, false);
@@ -145,9 +145,7 @@ void settle(ModelImpl& model, const UndoRecord& record) noexcept {
 }
 
 void discard(ModelImpl& model, ElementImpl& element) noexcept {
-  if (Raw::incoming(element) || !Raw::layout(element).elementLists().empty()) {
-    links::release(element);
-  }
+  if (links::hasBlocks(element)) links::release(element);
   if (Raw::refs(element) == 0) {
     model.pool().release(&element);
     return;

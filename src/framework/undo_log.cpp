@@ -114,11 +114,11 @@ void ChangeIndex::extend(const UndoRecords& records, ModelImpl& model) {
       note(record.element + i * record.position, kLifetime, number, i);
     }
     if (record.kind == UndoKind::kCreate) continue;
-    auto* referrers = reinterpret_cast<IncomingList*>(record.old);
-    for (std::uint32_t i = 0; referrers && i < referrers->size; ++i) {
-      const Incoming& entry = referrers->entries()[i];
+    const links::KeptReferrers referrers(record);
+    std::uint32_t referrer = 0;
+    for (const Incoming& entry : referrers.entries()) {
       const PropertyInfo& property = links::propertyOf(*model.pool().at(entry.owner), entry.link);
-      note(entry.owner, property.index, number, i);
+      note(entry.owner, property.index, number, referrer++);
     }
   }
 }

@@ -12,7 +12,7 @@ namespace mf::zero {
 enum class UndoKind : std::uint8_t {
   kNothing,      ///< a record that was withdrawn
   kCreate,       ///< `count` elements from `element` on, `position` cell units apart
-  kDestroy,      ///< the same; `old`: the list of its referrers, of a single one
+  kDestroy,      ///< the same; of a single one `old`: its referrers, `property`: whether it is one
   kProxy,        ///< a proxy was made; not told
   kLoad,         ///< a proxy was loaded; not told
   kLoadInto,     ///< `count` contents from `position` on came with it; not told

@@ -66,11 +66,12 @@ class Checker {
   }
 
   void checkReferrers(ElementImpl& element) {
-    IncomingList* list = Raw::incoming(element);
-    if (!list) return;
-    expect(list->size <= list->capacity, element, nullptr, "more referrers than room for them");
-    for (std::uint32_t i = 0; i < list->size; ++i) {
-      const Incoming& entry = list->entries()[i];
+    const std::span<const Incoming> referrers = links::referrersOf(element);
+    const bool isList = Raw::referrers(element).list && !Raw::hasOnlyReferrer(element);
+    expect(!isList || referrers.size() <= Raw::referrers(element).list->capacity, element, nullptr,
+           "more referrers than room for them");
+    for (std::uint32_t i = 0; i < referrers.size(); ++i) {
+      const Incoming& entry = referrers[i];
       const ElementImpl& owner = *model_.pool().at(entry.owner);
       expect(!owner.isDestroyed(), element, nullptr, "a destroyed element refers to it");
       const PropertyInfo& property = links::propertyOf(owner, entry.link);
@@ -108,10 +109,9 @@ class Checker {
       expect(owned, element, &property, "the contained element does not know its place");
       return;
     }
-    IncomingList* referrers = Raw::incoming(target);
-    const bool noted = referrers && slot.back < referrers->size &&
-                       referrers->entries()[slot.back].owner == element.id() &&
-                       referrers->entries()[slot.back].link == links::link(property, position);
+    const std::span<const Incoming> referrers = links::referrersOf(target);
+    const bool noted = slot.back < referrers.size() && referrers[slot.back].owner == element.id() &&
+                       referrers[slot.back].link == links::link(property, position);
     expect(noted, element, &property, "not noted at what it refers to");
     if (!property.opposite || element.isProxy() || target.isProxy()) return;
     expect(holds(target, *property.opposite, element.id()), element, &property,
