@@ -48,7 +48,7 @@ std::size_t combinationsOf(std::span<const double> counts) {
 double* writeRun(double* out, double firstCount, std::span<const double> others) {
   for (double level = 1; level <= firstCount; ++level) {
     *out++ = level;
-    out = std::ranges::copy(others, out).out;
+    for (const double other : others) *out++ = other;
   }
   return out;
 }
