@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import atexit
 import operator
+import sys
 import weakref
 from collections.abc import Callable, Iterable, Iterator, Mapping, MutableSequence, Sequence
 from contextlib import contextmanager
@@ -43,7 +44,14 @@ def column(name: object, values: Any) -> Any:
     if not is_list or hasattr(values, "columns") or getattr(values, "ndim", 1) == 0:
         told = " ".join(shortened(values).split())
         raise TypeError(f"the values of {name!r} are a list, not {told}")
-    return list(values)
+    return values.tolist() if _is_row_of_numbers(values) else list(values)
+
+
+def _is_row_of_numbers(values: Any) -> bool:
+    """Whether it is an array of which Python's own numbers are made sooner than NumPy's."""
+    numpy = sys.modules.get("numpy")
+    is_array = numpy is not None and type(values) is numpy.ndarray  # a masked one has holes
+    return is_array and values.ndim == 1 and values.dtype.kind in "biuf"
 
 
 def _note_place(error: Exception, columns: Mapping[str, Sequence[Any]]) -> None:

@@ -151,6 +151,8 @@ MISTAKES = [
     (lambda: draws(2), ValueError, "at least one distribution"),
     (lambda: len(draws(2, a=3, rng=1)), TypeError, "no distribution"),
     (lambda: len(draws(2, a=3)), kxsim.HostError, "RandomMethodNotFound"),
+    (lambda: len(grid(a=np.ma.array([1, 2], mask=[0, 1]))), TypeError, "fill it first"),
+    (lambda: len(grid(a=np.array(["2020"], "M8[ns]"))), TypeError, "datetime64"),
     (lambda: draws(2, [kxsim.dist.Uniform(0, 1)]), TypeError, "draws take mappings"),
     (lambda: target(design.Figure), TypeError, "ParameterType"),
     (lambda: target(design.BlockParameter, Nam="Kp"), TypeError, "did you mean 'Name'"),
