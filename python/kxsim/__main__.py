@@ -234,7 +234,15 @@ def _parser() -> argparse.ArgumentParser:
 def main(arguments: Sequence[str] | None = None) -> int:
     options = _parser().parse_args(arguments)
     try:
-        return options.command(options)
+        status = options.command(options)
+        sys.stdout.flush()
+        return status
+    except KeyboardInterrupt:
+        print("kxsim: interrupted", file=sys.stderr)
+        return 1
+    except BrokenPipeError:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), 1)  # whoever read this has seen enough
+        return 1
     except Exception as error:
         words = told(error, getattr(options, "file", ""))
         if words is None:

@@ -131,6 +131,17 @@ def test_a_file_of_any_name_is_run_and_without_a_finished_run_there_are_no_pictu
     assert code == 2 and "kxsim: wrong.py, line 9: AttributeError: " in err
 
 
+def test_an_interrupt_and_a_reader_that_leaves_end_a_command_without_a_traceback(folder):
+    (folder / "late.py").write_text("raise KeyboardInterrupt")
+    assert kxsim(folder, "explain", "late.py") == (1, "", "kxsim: interrupted\n")
+    command = [sys.executable, "-m", "kxsim", "explain", "two_by_two.py"]
+    with subprocess.Popen(
+        command, cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True
+    ) as left:
+        left.stdout.close()
+        assert left.stderr.read() == "" and left.wait(60) == 1
+
+
 def test_a_seed_gives_the_same_draws_again(folder):
     seeds = ["1", "1", "2"]
     first, again, other = (kxsim(folder, "explain", "drawn.py", "--seed", each) for each in seeds)
