@@ -5,7 +5,6 @@
 
 #include "design/exhaustive.h"
 #include "design/host.h"
-#include "design/parameter_sample.h"
 #include "design/random_parameter_space.h"
 
 namespace kxsim::design::generation {
@@ -20,21 +19,17 @@ class SampleTable {
   explicit SampleTable(const std::vector<Iteration>& runs) {
     starts_.reserve(runs.size() + 1);
     if (!runs.empty()) samples_.reserve(runs.size() * runs.front().parameterSamples().size());
+    std::vector<ElementImpl*> samples;
     for (const Iteration& run : runs) {
       starts_.push_back(samples_.size());
-      for (const ParameterSample& sample : run.parameterSamples()) samples_.push_back(sample);
+      samples.clear();
+      run.parameterSamples().copyTo(samples);
+      for (ElementImpl* sample : samples) samples_.emplace_back(sample);
     }
     starts_.push_back(samples_.size());
     limit_ = static_cast<double>(runs.size());
   }
   std::size_t runs() const { return starts_.size() - 1; }
-  /// Has what combining a run will touch fetched; a hint.
-  void prefetch(std::size_t run) const {
-    if (run >= runs()) return;
-    for (std::size_t i = starts_[run]; i != starts_[run + 1]; ++i) {
-      samples_[i].impl()->prefetchReferrers();
-    }
-  }
   /// Makes room at the samples for `uses` combined runs, spread evenly over this child's.
   void expectUses(std::size_t uses) const {
     const std::size_t each = uses / std::max<std::size_t>(runs(), 1);
@@ -51,20 +46,18 @@ class SampleTable {
     }
     return widest;
   }
-  /// Writes the samples of a run to `to`; answers where they end.
-  ElementImpl** writeRun(std::size_t run, ElementImpl** to) const {
-    const std::size_t end = starts_[run + 1];
-    for (std::size_t i = starts_[run]; i != end; ++i) *to++ = samples_[i].impl();
-    return to;
-  }
-  /// The same for the run that a 1-based level of a design matrix stands for. Most levels are those
-  /// of the combination before, whose samples stand at `to` already.
+  /// Writes the samples of the run that a 1-based level of a design matrix stands for to `to`;
+  /// answers where they end. Most levels are those of the combination before, whose samples stand
+  /// there already.
   ElementImpl** writeLevel(double level, ElementImpl** to) {
     if (level == written_.level && to == written_.from) return written_.end;
     const double index = level - 1.0;
     if (!(index >= 0.0 && index < limit_)) host::raiseDesignError("InvalidDesignMatrix");
     const auto run = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(index));
-    written_ = {level, to, writeRun(run, to)};
+    written_ = {level, to, to};
+    for (std::size_t i = starts_[run]; i != starts_[run + 1]; ++i) {
+      *written_.end++ = samples_[i].impl();
+    }
     return written_.end;
   }
 
@@ -241,21 +234,17 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
 }
 
 Plan::Runs Plan::pairUp(const Node& node, const std::vector<Runs>& lists) const {
-  const std::vector<SampleTable> tables = tablesOf(lists);
-  std::vector<ElementImpl*> samples(widthOf(tables));
   std::size_t count = runsOf(node.count);
   // A count may promise more than a child gives; the shortest list ends it.
-  for (const SampleTable& table : tables) count = std::min(count, table.runs());
+  for (const Runs& list : lists) count = std::min(count, list.size());
   const mf::zero::Model model = node.space->getModel();
   Iteration::Series series = seriesOfRuns(model);
+  std::vector<ElementImpl*> samples;
   Runs runs;
   for (std::size_t i = 0; i < count; ++i) {
-    ElementImpl** end = samples.data();
-    for (const SampleTable& table : tables) {
-      end = table.writeRun(i, end);
-      table.prefetch(i + 2);
-    }
-    runs.push_back(series.create({samples.data(), end}));
+    samples.clear();
+    for (const Runs& list : lists) list[i].parameterSamples().copyTo(samples);
+    runs.push_back(series.create(samples));
   }
   return runs;
 }

@@ -61,6 +61,14 @@ ModelElement ReferenceCollection::at(std::size_t index) const {
   return ModelElement(Chunk::find(*owner_.impl(), list.slots[slot].target));
 }
 
+void ReferenceCollection::copyTo(std::vector<ElementImpl*>& elements) const {
+  const ReferenceList& list = readable<ReferenceList>(owner_, *property_);
+  for (std::uint32_t slot = 0; slot < list.size; ++slot) {
+    const ElementId id = list.slots[slot].target;
+    if (id != kNoElement) elements.push_back(Chunk::find(*owner_.impl(), id));
+  }
+}
+
 bool ReferenceCollection::contains(const ModelElement& element) const {
   readable<ReferenceList>(owner_, *property_);
   return references::find(*owner_.impl(), *property_, element.impl()).has_value();

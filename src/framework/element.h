@@ -108,12 +108,6 @@ class MF0_API ElementImpl {
   /// Makes room for that many more references to this element, for those who are about to make
   /// them; nothing visible changes.
   void reserveReferrers(std::size_t count);
-  /// Has the processor fetch what a reference to this element will touch, for those who are about
-  /// to make one; a hint that changes nothing.
-  void prefetchReferrers() const {
-    if (!referrers_.list || (flags_ & kOnlyReferrer)) return;
-    __builtin_prefetch(referrers_.list->entries() + referrers_.list->size, 1);
-  }
   /// Takes this element out of every reference and reference collection that holds it.
   /// Containment stays.
   void disassociateIncoming();

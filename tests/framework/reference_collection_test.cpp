@@ -254,6 +254,10 @@ TEST_F(ReferenceCollectionTest, IsALiveViewWhichAHandleOfItsOwnerKeeps) {
   EXPECT_EQ(copy.back().label(), u"rose");
   EXPECT_EQ(copy.toContainer().size(), 2U);
   EXPECT_TRUE(copy.owner()->has(copy.property()));
+  view.removeAt(0);
+  std::vector<ElementImpl*> elements;
+  copy.copyTo(elements);
+  EXPECT_EQ(elements, std::vector<ElementImpl*>{copy[0].impl()});
 }
 
 TEST_F(ReferenceCollectionTest, UnorderedOnesHoldAsSetsDo) {
