@@ -244,6 +244,7 @@ Plan::Runs Plan::pairUp(const Node& node, const std::vector<Runs>& lists) const 
   for (std::size_t i = 0; i < count; ++i) {
     samples.clear();
     for (const Runs& list : lists) list[i].parameterSamples().copyTo(samples);
+    for (const ElementImpl* sample : samples) sample->prefetchReferrers();
     runs.push_back(series.create(samples));
   }
   return runs;
