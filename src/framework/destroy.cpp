@@ -50,16 +50,13 @@ void retire(ModelImpl& model, std::size_t first, ElementId id) {
   ElementImpl& element = *model.pool().at(id);
   const Chunk& chunk = *Chunk::of(&element);
   UndoLog& log = model.log();
-  log.makeRoom();
-  UndoRecord record{
-      .kind = UndoKind::kDestroy, .element = id, .position = chunk.cellUnits, .count = 1};
-  const links::KeptReferrers referrers = links::takeReferrers(element, record);
-  if (record.old == 0 && endsAt(log, first, id, chunk.cellUnits)) {
+  if (!Raw::referrers(element).list && endsAt(log, first, id, chunk.cellUnits)) {
     ++log.records.back().count;
   } else {
-    log.add(record);
+    log.add({.kind = UndoKind::kDestroy, .element = id, .position = chunk.cellUnits, .count = 1});
+    const links::KeptReferrers referrers = links::takeReferrers(element, log.records.back());
+    emptyReferrers(model, referrers.entries());
   }
-  emptyReferrers(model, referrers.entries());
   if (!chunk.layout->references().empty()) links::withdraw(element);
   model.identities().remove(element);
   Raw::setRetired(element, true);

@@ -20,11 +20,11 @@ BlockArena& arenaOf(const ElementImpl& element) { return Chunk::of(&element)->po
 ElementImpl& elementAt(const ElementImpl& near, ElementId id) { return *Chunk::find(near, id); }
 
 void forgetReferrer(ElementImpl& target, std::uint32_t back) noexcept {
-  const std::span<Incoming> notes = referrersOf(target);
-  const Incoming last = notes.back();
-  forgetNewest(target);
-  if (back == notes.size() - 1) return;
-  notes[back] = last;
+  if (Raw::hasOnlyReferrer(target)) return forgetNewest(target);
+  IncomingList* list = Raw::referrers(target).list;
+  const Incoming last = list->entries()[--list->size];
+  if (back == list->size) return;
+  list->entries()[back] = last;
   const ElementImpl& owner = elementAt(target, last.owner);
   slotAt(owner, propertyOf(owner, last.link), positionOf(last.link)).back = back;
 }
