@@ -153,6 +153,8 @@ void ElementImpl::setShared(const PropertyInfo& property, const Value& value) {
 namespace {
 
 /// Takes an entry's records out of the log; none, if another element's destruction is among them.
+/// References keep theirs: while they were away, others may have taken their room at the targets,
+/// and undoing that must find it free again.
 bool withdraw(ModelImpl& model, const ChangeIndex::Entry& entry) {
   UndoLog& log = model.log();
   const ChangeIndex& index = log.index();
@@ -163,8 +165,9 @@ bool withdraw(ModelImpl& model, const ChangeIndex::Entry& entry) {
     if (log.records[records.back()].kind == UndoKind::kDestroy) return false;
   }
   for (const std::uint32_t number : records) {
-    undo::settle(model, log.records[number]);
-    log.records[number].kind = UndoKind::kNothing;
+    UndoRecord& record = log.records[number];
+    undo::settle(model, record);
+    record.kind = record.kind == UndoKind::kReference ? UndoKind::kForgotten : UndoKind::kNothing;
   }
   log.index().forget(entry);
   return true;

@@ -107,6 +107,7 @@ void revert(ModelImpl& model, const UndoRecord& record) noexcept {
       break;
     }
     case UndoKind::kReference:
+    case UndoKind::kForgotten:
       revertReference(model, element, property, static_cast<ElementId>(record.old));
       break;
     case UndoKind::kInsert:

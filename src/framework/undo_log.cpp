@@ -105,7 +105,7 @@ void ChangeIndex::extend(const UndoRecords& records, ModelImpl& model) {
   for (; taken_ < records.size(); ++taken_) {
     const UndoRecord& record = records[taken_];
     const auto number = static_cast<std::uint32_t>(taken_);
-    if (record.kind == UndoKind::kNothing || isLoading(record.kind)) continue;
+    if (!isTold(record.kind)) continue;
     if (record.kind != UndoKind::kCreate && record.kind != UndoKind::kDestroy) {
       note(record.element, record.property, number, 0);
       continue;

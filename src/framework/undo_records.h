@@ -22,16 +22,24 @@ enum class UndoKind : std::uint8_t {
   kText,         ///< `old`: the text before, owned by the record
   kArray,        ///< `old`: the property copy before, owned by the record
   kReference,    ///< a single reference or containment; `old`: id of the target before
+  kForgotten,    ///< the same, where the reference has come back to what it was; not told
   kInsert,       ///< `count` slots from `position` on were put into a reference list
   kRemove,       ///< the slot at `position` was emptied; `old`: id of its target
   kValueInsert,  ///< `count` values from `position` on were put into a primitive list
   kValueRemove,  ///< the value at `position` was taken out; `old`: its bits or text
 };
 
-/// Whether the record is of what observers are not told: that an element which exists elsewhere has
-/// come into memory.
-constexpr bool isLoading(UndoKind kind) {
-  return kind == UndoKind::kProxy || kind == UndoKind::kLoad || kind == UndoKind::kLoadInto;
+/// Whether observers are told of what the record is of: not that an element which exists elsewhere
+/// has come into memory, nor of what was withdrawn.
+constexpr bool isTold(UndoKind kind) {
+  switch (kind) {
+    case UndoKind::kNothing:
+    case UndoKind::kProxy:
+    case UndoKind::kLoad:
+    case UndoKind::kLoadInto:
+    case UndoKind::kForgotten: return false;
+    default: return true;
+  }
 }
 
 /// Whether the record is the replacement of one plain number, flag or literal.

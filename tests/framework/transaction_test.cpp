@@ -300,6 +300,24 @@ TEST_F(TransactionTest, ForgettingReferencesThatCameBackLeavesTheRollbackSound) 
   });
 }
 
+TEST_F(TransactionTest, AForgottenReferenceLeavesRoomForThoseThatCameAndWentMeanwhile) {
+  const Plant lily = plant();
+  const std::vector<Plant> others{plant(), plant(), plant(), plant(), plant()};
+  for (std::size_t count = 1; count <= others.size(); ++count) {
+    const Bed sunny = bed();
+    lily->setBed(sunny);
+    expectNothingRemainsOf([&] {
+      sunny->setWidth(7);
+      lily->setBed({});
+      for (std::size_t i = 0; i < count; ++i) others[i]->setBed(sunny);
+      for (std::size_t i = 0; i < count; ++i) others[i]->setBed({});
+      lily->setBed(sunny);
+      EXPECT_EQ(lily->revertUnchanged(), 1);
+      EXPECT_EQ(lily->revertUnchanged(), 0);
+    });
+  }
+}
+
 TEST_F(TransactionTest, ALongTransactionThatIsRolledBackLeavesLookUpWorking) {
   std::vector<uuid> identities;
   for (int i = 0; i < 1000; ++i) identities.push_back(bed().Uuid());
