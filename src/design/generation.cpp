@@ -1,6 +1,7 @@
 #include "design/generation.h"
 
 #include <algorithm>
+#include <limits>
 #include <unordered_map>
 
 #include "design/exhaustive.h"
@@ -63,7 +64,7 @@ class SampleTable {
 
  private:
   struct Written {
-    double level = 0.0;  ///< none
+    double level = std::numeric_limits<double>::quiet_NaN();  ///< none: equals no other
     ElementImpl** from = nullptr;
     ElementImpl** end = nullptr;
   };

@@ -230,7 +230,7 @@ TEST_F(IterationGenerationTest, WhatTheDesignReportsComesThroughAsItCame) {
 }
 
 TEST_F(IterationGenerationTest, ADesignMatrixThatDoesNotFitIsRefused) {
-  const auto space = exhaustive({values(u"a", {1, 2}), values(u"b", {1})});
+  auto space = exhaustive({values(u"a", {1, 2}), values(u"b", {1})});
   const auto refused = [&](const char* identifier, const Numbers& data) {
     const ScopedFunction wrong("kxsim.design.fullfact",
                                function([&](const Call&) { return vexal::createDoubleRow(data); }));
@@ -244,6 +244,8 @@ TEST_F(IterationGenerationTest, ADesignMatrixThatDoesNotFitIsRefused) {
   refused(key, {1, 1, kNaN, 1});
   refused(key, {1, 1, 1e300, 1});
   refused(key, {});
+  space = exhaustive({exhaustive({})});  // one run without samples
+  refused(key, {0});
   const ScopedFunction text("kxsim.design.fullfact",
                             function([](const Call&) { return vexal::createChar("abcd"); }));
   expectHostError("Vexal:host:WrongClass", [&] { space->createIterations(); });
