@@ -59,9 +59,9 @@ inline std::span<Incoming> referrersOf(const ElementImpl& element) {
 }
 /// How many more referrers there is room for.
 inline std::size_t roomForReferrers(const ElementImpl& element) {
+  if (Raw::hasOnlyReferrer(element)) return 0;
   const IncomingList* list = Raw::referrers(const_cast<ElementImpl&>(element)).list;
-  if (!list) return 1;
-  return Raw::hasOnlyReferrer(element) ? 0 : list->capacity - list->size;
+  return list ? list->capacity - list->size : 1;
 }
 /// Makes room for `count` more referrers of `target`, in a list.
 void growReferrers(ElementImpl& target, std::size_t count);
