@@ -62,8 +62,9 @@ void UndoLog::noteInsert(ElementId element, std::uint16_t property, std::uint32_
 
 ChangeIndex& UndoLog::index() {
   if (!indexed_) index_.clear();
-  indexed_ = true;
+  indexed_ = false;  // what memory did not suffice for is taken in anew
   index_.extend(records, model);
+  indexed_ = true;
   return index_;
 }
 
