@@ -54,7 +54,8 @@ class Results:
         counts = Counter(self.states)
         words = [f"{counts[state]:,} {state}" for state in STATES]
         end = ", interrupted" if self.interrupted else ""
-        return f"<results of {len(self):,} runs: {', '.join(words)}{end}>"
+        runs = "run" if len(self) == 1 else "runs"
+        return f"<results of {len(self):,} {runs}: {', '.join(words)}{end}>"
 
     def _repr_html_(self) -> str:
         from kxsim import _html
