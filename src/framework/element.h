@@ -7,6 +7,7 @@
 // a generated class adds typed names.
 #pragma once
 
+#include <bit>
 #include <compare>
 #include <concepts>
 #include <cstdint>
@@ -138,11 +139,22 @@ class MF0_API ElementImpl {
 
   /// The property of that index, 1 and up, inherited ones included; empty for any other.
   meta::Property getPropertyByIndex(int index) const;
-  Value getPropertyValue(const meta::Property& property) const;
+  Value getPropertyValue(const meta::Property& property) const {
+    // Numbers are read most; made here, the value of one need not leave the registers.
+    if (const double* const number = findReal(property)) [[likely]]
+      return *number;
+    return readProperty(property);
+  }
   /// Sets a single value by the typed setter's rules, or replaces the contents of a collection by
   /// the items of a list value. Raises CannotSetReadOnlyProperty, CannotCastIncompatibleTypes and
   /// what the typed setter raises; an empty value reads as 0, false, the empty text or nothing.
-  void setPropertyValue(const meta::Property& property, const Value& value);
+  void setPropertyValue(const meta::Property& property, const Value& value) {
+    if (value.meta() == Value::metaOf<double>()) [[likely]] {
+      writeReal(property, std::bit_cast<double>(value.bits()));
+    } else {
+      writeProperty(property, value);
+    }
+  }
   /// Whether a text is non-empty, a number non-zero, a reference or array present, a collection
   /// non-empty, an enumeration one of its literals.
   bool hasPropertyValue(const meta::Property& property) const;
@@ -283,7 +295,11 @@ class MF0_API ElementImpl {
   void changeText(const PropertyInfo& property, Text& slot, std::u16string_view value);
   void changeArray(const PropertyInfo& property, ArraySlot& slot, const vxArray* value);
   const PropertyInfo& checkedInfo(const meta::Property& property) const;
-  void setAny(const PropertyInfo& property, const Value& value);
+  /// Where a stored number lies; null when that takes a closer look.
+  const double* findReal(const meta::Property& property) const;
+  Value readProperty(const meta::Property& property) const;
+  void writeReal(const meta::Property& property, double value);
+  void writeProperty(const meta::Property& property, const Value& value);
   void setShared(const PropertyInfo& property, const Value& value);
   void firstRef();
   void lastRef() noexcept;

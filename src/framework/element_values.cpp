@@ -58,40 +58,30 @@ inline const PropertyInfo* infoOf(const ElementImpl& element, const meta::Proper
   return info && element.classInfo().isA(*info->owner) ? info : nullptr;
 }
 
-inline const PropertyInfo& infoFor(const ElementImpl& element, const meta::Property& property) {
-  const PropertyInfo* const info = infoOf(element, property);
-  return info ? *info : requireInfo(element, property);
+/// Numbers are what is read and set by description most.
+bool isStoredReal(const PropertyInfo& property) {
+  return property.kind == ValueKind::kReal && !property.hasAny(kMany | kDerived | kReadOnly);
 }
 
 }  // namespace
 
 const PropertyInfo& ElementImpl::checkedInfo(const meta::Property& property) const {
-  return infoFor(*this, property);
+  const PropertyInfo* const info = infoOf(*this, property);
+  return info ? *info : requireInfo(*this, property);
 }
 
 bool ElementImpl::hasPropertyValue(const meta::Property& property) const {
   return has(checkedInfo(property));
 }
 
-namespace {
-
-/// Numbers are what is read and set by description most.
-bool isStoredReal(const PropertyInfo& property) {
-  return property.kind == ValueKind::kReal && !property.hasAny(kMany | kDerived | kReadOnly);
-}
-
-[[gnu::noinline]] Value anyPropertyValue(const ElementImpl& element,
-                                         const meta::Property& property) {
-  return element.get(requireInfo(element, property));
-}
-
-}  // namespace
-
-Value ElementImpl::getPropertyValue(const meta::Property& property) const {
+const double* ElementImpl::findReal(const meta::Property& property) const {
   const PropertyInfo* const info = infoOf(*this, property);
-  if (info && isStoredReal(*info) && Raw::isPlain(*this)) [[likely]]
-    return Raw::at<double>(*this, *info);
-  return anyPropertyValue(*this, property);
+  const bool isPlain = info && isStoredReal(*info) && Raw::isPlain(*this);
+  return isPlain ? &Raw::at<double>(*this, *info) : nullptr;
+}
+
+Value ElementImpl::readProperty(const meta::Property& property) const {
+  return get(checkedInfo(property));
 }
 
 Value ElementImpl::get(const PropertyInfo& property) const {
@@ -100,8 +90,16 @@ Value ElementImpl::get(const PropertyInfo& property) const {
   return property.derive ? property.derive(*this) : values::read(*this, property);
 }
 
-void ElementImpl::setPropertyValue(const meta::Property& property, const Value& value) {
-  set(infoFor(*this, property), value);
+void ElementImpl::writeReal(const meta::Property& property, double value) {
+  const PropertyInfo* const info = infoOf(*this, property);
+  if (!info || !isStoredReal(*info)) [[unlikely]]
+    return writeProperty(property, value);
+  assign(*info, Raw::at<double>(*this, *info), value);
+}
+
+/// Not inlined: it would take registers from those that write a plain number.
+[[gnu::noinline]] void ElementImpl::writeProperty(const meta::Property& property, const Value& value) {
+  set(checkedInfo(property), value);
 }
 
 bool ElementImpl::has(const PropertyInfo& property) const {
@@ -111,12 +109,6 @@ bool ElementImpl::has(const PropertyInfo& property) const {
 }
 
 void ElementImpl::set(const PropertyInfo& property, const Value& value) {
-  if (isStoredReal(property) && value.meta() == Value::metaOf<double>()) [[likely]]
-    return assign(property, Raw::at<double>(*this, property), std::bit_cast<double>(value.bits()));
-  setAny(property, value);
-}
-
-void ElementImpl::setAny(const PropertyInfo& property, const Value& value) {
   if (property.has(kReadOnly)) raiseReadOnly(property);
   if (property.has(kMany)) return setMany(*this, property, value);
   values::checkSingle(property, value);
