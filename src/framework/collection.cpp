@@ -63,9 +63,9 @@ ModelElement ReferenceCollection::at(std::size_t index) const {
 
 void ReferenceCollection::copyTo(std::vector<ElementImpl*>& elements) const {
   const ReferenceList& list = readable<ReferenceList>(owner_, *property_);
-  for (std::uint32_t slot = 0; slot < list.size; ++slot) {
-    const ElementId id = list.slots[slot].target;
-    if (id != kNoElement) elements.push_back(Chunk::find(*owner_.impl(), id));
+  const ElementPool& pool = *Chunk::of(owner_.impl())->pool;
+  for (const ReferenceSlot& slot : std::span(list.slots, list.size)) {
+    if (slot.target != kNoElement) elements.push_back(pool.at(slot.target));
   }
 }
 

@@ -171,6 +171,12 @@ void ElementImpl::reserveReferrers(std::size_t count) {
   if (count > links::roomForReferrers(*this)) links::growReferrers(*this, count);
 }
 
+// Not in the header: compilers drop loops that do nothing but give hints.
+void ElementImpl::prefetchReferrers() const {
+  if (!referrers_.list || (flags_ & kOnlyReferrer)) return;
+  __builtin_prefetch(referrers_.list->entries() + std::ptrdiff_t{referrers_.list->size} - 1, 1);
+}
+
 void ElementImpl::disassociateIncoming() {
   if (isDestroyed()) refuseChange();
   references::clearIncoming(*this);

@@ -109,12 +109,10 @@ class MF0_API ElementImpl {
   /// Makes room for that many more references to this element, for those who are about to make
   /// them; nothing visible changes.
   void reserveReferrers(std::size_t count);
-  /// Has the processor fetch the place where the next reference to this element is noted: for who
-  /// is about to refer to many elements that are used in turn. A hint; nothing changes.
-  void prefetchReferrers() const {
-    if (!referrers_.list || (flags_ & kOnlyReferrer)) return;
-    __builtin_prefetch(referrers_.list->entries() + referrers_.list->size, 1);
-  }
+  /// Has the processor fetch the newest note of a reference to this element, by which the next one
+  /// will be: for who is about to refer to many elements that are used in turn. A hint; nothing
+  /// changes.
+  void prefetchReferrers() const;
   /// Takes this element out of every reference and reference collection that holds it.
   /// Containment stays.
   void disassociateIncoming();

@@ -1,6 +1,7 @@
 #include "framework/element_pool.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -25,25 +26,35 @@ namespace mf::zero {
 namespace {
 
 constexpr std::size_t kFirstRegion = 4 * kChunkBytes;
-/// A chunk less than two huge pages: with what the allocator puts before a region, the next one
-/// begins where this one's pages end, and no gap is left between them.
-constexpr std::size_t kLargestRegion = 255 * kChunkBytes;
+/// A chunk less than eight huge pages: with what the allocator puts before a region, the next one
+/// begins where this one's pages end, and no gap is left between them. Many, since the allocator
+/// writes between regions, and a page that is written to before it is asked for remains a small
+/// one.
+constexpr std::size_t kLargestRegion = 1023 * kChunkBytes;
 constexpr std::size_t kHugePage = 2 * 1024 * 1024;
 
 std::size_t roundUp(std::size_t value, std::size_t unit) {
   return (value + unit - 1) / unit * unit;
 }
 
-/// Memory of whole chunks. A large model asks for huge pages, where the system has them: one page
-/// fault then serves thousands of elements.
+/// Asks for huge pages, where the system has them, in as much of the memory as they can fill: one
+/// page fault then serves thousands of elements.
+void askForHugePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+  const std::uintptr_t first = roundUp(begin, kHugePage);
+  const std::uintptr_t last = (begin + bytes) / kHugePage * kHugePage;
+  // No matter if it is refused.
+  if (first < last) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#endif
+}
+
+/// Memory of whole chunks.
 std::byte* allocateRegion(std::size_t bytes) {
   const bool large = bytes > kHugePage / 2;
   void* memory = nullptr;
   if (posix_memalign(&memory, large ? kHugePage : kChunkBytes, bytes) != 0) throw std::bad_alloc();
-#ifdef MADV_HUGEPAGE
-  if (large)
-    madvise(memory, roundUp(bytes, kHugePage), MADV_HUGEPAGE);  // no matter if it is refused
-#endif
+  if (large) askForHugePages(memory, roundUp(bytes, kHugePage));
   return static_cast<std::byte*>(memory);
 }
 
@@ -74,43 +85,47 @@ BlockArena::~BlockArena() {
   }
 }
 
-void BlockArena::grow() {
-  const std::size_t bytes =
+void BlockArena::grow(std::size_t wanted) {
+  std::size_t bytes =
       regions_.empty() ? kFirstRegion : std::min(regions_.back().bytes * 2, kLargestRegion);
+  while (bytes < wanted) bytes *= 2;
   regions_.reserve(regions_.size() + 1);
   std::byte* memory = allocateRegion(bytes);
   regions_.push_back({memory, bytes});
-  reserved_ += bytes;
   cursor_ = memory;
   limit_ = memory + bytes;
 }
 
 void* BlockArena::chunk() {
-  if (cursor_ == limit_) grow();
+  if (static_cast<std::size_t>(limit_ - cursor_) < kChunkBytes) grow(kChunkBytes);
+  reserved_ += kChunkBytes;
   return std::exchange(cursor_, cursor_ + kChunkBytes);
 }
 
-void* BlockArena::enlist(void* memory) {
-  if (!memory) throw std::bad_alloc();
-  auto* block = static_cast<LargeBlock*>(memory);
-  block->previous = large_.previous;
-  block->next = &large_;
-  block->previous->next = block;
-  large_.previous = block;
-  return block + 1;
+std::size_t BlockArena::roundToLargerClass(std::size_t& bytes) {
+  if (bytes > kLargestBlock) {
+    bytes = roundUp(bytes, kCellUnit);
+    return kLargeClass;
+  }
+  const std::size_t least = std::max(bytes - kLine, kSmallest + 1);
+  const auto doubling = static_cast<std::size_t>(std::bit_width((least - 1) / kSmallest)) - 1;
+  const std::size_t step = kSmallest / kSteps << doubling;
+  const std::size_t steps = (least + step - 1) / step;
+  bytes = steps * step + kLine;
+  return kSmallClasses + kSteps * doubling + steps - kSteps;
 }
 
-void* BlockArena::allocateElsewhere(std::size_t bytes) {
-  const std::size_t sizeClass = bytes / kCellUnit;
-  if (sizeClass > kSmallClasses) {
-    void* block = enlist(std::malloc(bytes + sizeof(LargeBlock)));
-    reserved_ += bytes;
-    return block;
-  }
+void* BlockArena::allocateElsewhere(std::size_t bytes, std::size_t sizeClass) {
+  if (sizeClass == kLargeClass) return allocateLarge(bytes);
   if (FreeBlock* block = free_[sizeClass]) {
     ASAN_UNPOISON_MEMORY_REGION(block, bytes);
     free_[sizeClass] = block->next;
     return block;
+  }
+  if (sizeClass > kSmallClasses) {
+    if (static_cast<std::size_t>(limit_ - cursor_) < bytes) grow(bytes);
+    reserved_ += bytes;
+    return limit_ -= bytes;
   }
   if (static_cast<std::size_t>(blockLimit_ - block_) < bytes) {
     block_ = static_cast<std::byte*>(chunk());
@@ -119,15 +134,32 @@ void* BlockArena::allocateElsewhere(std::size_t bytes) {
   return std::exchange(block_, block_ + bytes);
 }
 
+void* BlockArena::allocateLarge(std::size_t bytes) {
+  void* const memory = std::malloc(bytes + sizeof(LargeBlock));
+  if (!memory) throw std::bad_alloc();
+  askForHugePages(memory, bytes);
+  reserved_ += bytes;
+  auto* block = static_cast<LargeBlock*>(memory);
+  block->previous = large_.previous;
+  block->next = &large_;
+  block->previous->next = block;
+  large_.previous = block;
+  return block + 1;
+}
+
 void* BlockArena::reallocate(void* block, std::size_t oldBytes, std::size_t& bytes) {
-  if (oldBytes / kCellUnit <= kSmallClasses) {
-    void* bigger = allocate(bytes);
-    std::memcpy(bigger, block, oldBytes);
-    release(block, oldBytes);
-    return bigger;
+  if (oldBytes > kLargestBlock) {
+    bytes = roundUp(bytes, kCellUnit);
+    return reallocateLarge(block, oldBytes, bytes);
   }
-  // Both are malloc's: a very large block moves without being copied.
-  bytes = roundUp(bytes, kCellUnit);
+  void* bigger = allocate(bytes);
+  std::memcpy(bigger, block, oldBytes);
+  release(block, oldBytes);
+  return bigger;
+}
+
+/// A very large block moves without being copied.
+void* BlockArena::reallocateLarge(void* block, std::size_t oldBytes, std::size_t bytes) {
   void* moved = std::realloc(static_cast<LargeBlock*>(block) - 1, bytes + sizeof(LargeBlock));
   if (!moved) throw std::bad_alloc();
   reserved_ += bytes - oldBytes;
@@ -138,8 +170,8 @@ void* BlockArena::reallocate(void* block, std::size_t oldBytes, std::size_t& byt
 }
 
 void BlockArena::release(void* block, std::size_t bytes) noexcept {
-  const std::size_t sizeClass = bytes / kCellUnit;
-  if (sizeClass > kSmallClasses) {
+  const std::size_t sizeClass = roundToClass(bytes);
+  if (sizeClass == kLargeClass) {
     auto* head = static_cast<LargeBlock*>(block) - 1;
     head->previous->next = head->next;
     head->next->previous = head->previous;

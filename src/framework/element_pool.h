@@ -63,16 +63,17 @@ class MF0_API BlockArena {
   void* chunk();
   /// A block of at least `bytes`; `bytes` is rounded up in place to what was given.
   void* allocate(std::size_t& bytes) {
-    bytes = (std::max<std::size_t>(bytes, 16) + kCellUnit - 1) / kCellUnit * kCellUnit;
-    const std::size_t sizeClass = bytes / kCellUnit;
+    const std::size_t sizeClass = roundToClass(bytes);
     const bool isNext = sizeClass <= kSmallClasses && !free_[sizeClass] &&
                         bytes <= static_cast<std::size_t>(blockLimit_ - block_);
-    return isNext ? std::exchange(block_, block_ + bytes) : allocateElsewhere(bytes);
+    return isNext ? std::exchange(block_, block_ + bytes) : allocateElsewhere(bytes, sizeClass);
   }
   /// A block of at least `bytes` with the first `oldBytes` of `block`, which is taken back.
   void* reallocate(void* block, std::size_t oldBytes, std::size_t& bytes);
   /// Takes back a block of the size that `allocate` reported.
   void release(void* block, std::size_t bytes) noexcept;
+  /// Bytes of chunks and blocks, those included that wait to be used again. The newest region may
+  /// have more room, which nothing has touched.
   std::size_t bytesReserved() const { return reserved_; }
 
  private:
@@ -88,17 +89,36 @@ class MF0_API BlockArena {
     LargeBlock* previous;
     LargeBlock* next;
   };
-  /// A recycled block, one from a new chunk, or a large one.
-  void* allocateElsewhere(std::size_t bytes);
-  void grow();
-  void* enlist(void* memory);
 
-  static constexpr std::size_t kSmallClasses = 128;  ///< multiples of eight up to 1 KiB
-  std::array<FreeBlock*, kSmallClasses + 1> free_{};
+  // Classes of sizes: multiples of eight up to 1 KiB; then sixteen from one power of two to the
+  // next, so that at most a sixteenth is lost, and a line of the cache more, so that neighbouring
+  // blocks do not compete for the same places in it; then one, of what is malloc's own.
+  static constexpr std::size_t kSmallClasses = 128;
+  static constexpr std::size_t kSteps = 16;
+  static constexpr std::size_t kDoublings = 10;
+  static constexpr std::size_t kLine = 64;
+  static constexpr std::size_t kSmallest = kSmallClasses * kCellUnit;  ///< of those with steps
+  static constexpr std::size_t kLargestBlock = (kSmallest << kDoublings) + kLine;
+  static constexpr std::size_t kLargeClass = kSmallClasses + kSteps * kDoublings + 1;
+
+  static std::size_t roundToClass(std::size_t& bytes) {
+    if (bytes > kSmallest) return roundToLargerClass(bytes);
+    bytes = (std::max<std::size_t>(bytes, 16) + kCellUnit - 1) / kCellUnit * kCellUnit;
+    return bytes / kCellUnit;
+  }
+  static std::size_t roundToLargerClass(std::size_t& bytes);
+  /// A recycled block, one from a new chunk or straight from a region, or a large one.
+  void* allocateElsewhere(std::size_t bytes, std::size_t sizeClass);
+  void* allocateLarge(std::size_t bytes);
+  void* reallocateLarge(void* block, std::size_t oldBytes, std::size_t bytes);
+  /// Opens a region with room for `bytes`.
+  void grow(std::size_t bytes);
+
+  std::array<FreeBlock*, kLargeClass> free_{};
   std::vector<Region> regions_;
-  std::byte* cursor_ = nullptr;  ///< next free chunk of the newest region
-  std::byte* limit_ = nullptr;
-  std::byte* block_ = nullptr;  ///< next free byte of the chunk that small blocks come from
+  std::byte* cursor_ = nullptr;  ///< of the newest region: chunks are cut from its beginning,
+  std::byte* limit_ = nullptr;   ///< blocks of more than 1 KiB from its end
+  std::byte* block_ = nullptr;   ///< next free byte of the chunk that small blocks come from
   std::byte* blockLimit_ = nullptr;
   LargeBlock large_{&large_, &large_};
   std::size_t reserved_ = 0;

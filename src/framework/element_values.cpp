@@ -98,7 +98,8 @@ void ElementImpl::writeReal(const meta::Property& property, double value) {
 }
 
 /// Not inlined: it would take registers from those that write a plain number.
-[[gnu::noinline]] void ElementImpl::writeProperty(const meta::Property& property, const Value& value) {
+[[gnu::noinline]] void ElementImpl::writeProperty(const meta::Property& property,
+                                                  const Value& value) {
   set(checkedInfo(property), value);
 }
 

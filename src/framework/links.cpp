@@ -71,16 +71,10 @@ void growSlots(ElementImpl& owner, ReferenceList& list, std::size_t count) {
   if (count >= kMaxPositions) {
     raiseTooLong("a collection");
   }
-  std::size_t bytes = (count + 1) * sizeof(ReferenceSlot);
-  ReferenceSlot* block;
-  if (list.slots) {
-    bytes = std::max(bytes, 2 * (room + 1) * sizeof(ReferenceSlot));
-    block = static_cast<ReferenceSlot*>(
-        arenaOf(owner).reallocate(list.slots - 1, (room + 1) * sizeof(ReferenceSlot), bytes));
-  } else {
-    block = static_cast<ReferenceSlot*>(arenaOf(owner).allocate(bytes));
-  }
-  list.slots = block + 1;
+  std::size_t bytes = std::max(count + 1, 2 * (std::size_t{room} + 1)) * sizeof(ReferenceSlot);
+  void* const block =
+      arenaOf(owner).reallocate(list.slots - 1, (room + 1) * sizeof(ReferenceSlot), bytes);
+  list.slots = static_cast<ReferenceSlot*>(block) + 1;
   capacityOf(list.slots) = static_cast<std::uint32_t>(bytes / sizeof(ReferenceSlot) - 1);
 }
 

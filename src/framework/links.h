@@ -43,12 +43,21 @@ inline std::uint32_t& capacityOf(ReferenceSlot* slots) { return slots[-1].back; 
 inline std::uint32_t roomOf(const ReferenceList& list) {
   return list.slots ? capacityOf(list.slots) : 0;
 }
-/// Makes room for `count` slots in all, which are more than there is room for.
+/// Makes room for `count` slots in all, which are more than there is room for, or too many.
 void growSlots(ElementImpl& owner, ReferenceList& list, std::size_t count);
+/// The first room of a list.
+inline void makeSlots(ElementImpl& owner, ReferenceList& list, std::size_t count) {
+  if (count >= kMaxPositions) [[unlikely]]
+    return growSlots(owner, list, count);  // which refuses
+  std::size_t bytes = (count + 1) * sizeof(ReferenceSlot);
+  list.slots = static_cast<ReferenceSlot*>(Chunk::of(&owner)->pool->arena().allocate(bytes)) + 1;
+  capacityOf(list.slots) = static_cast<std::uint32_t>(bytes / sizeof(ReferenceSlot) - 1);
+}
 /// Makes room for `count` slots in all. Throws std::bad_alloc, raises ListIsFull.
 inline void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count) {
   ReferenceList& list = Raw::at<ReferenceList>(owner, property);
-  if (count > roomOf(list)) growSlots(owner, list, count);
+  if (count <= roomOf(list)) return;
+  list.slots ? growSlots(owner, list, count) : makeSlots(owner, list, count);
 }
 /// Who refers to an element, in the order of their numbers.
 inline std::span<Incoming> referrersOf(const ElementImpl& element) {
@@ -97,10 +106,11 @@ inline std::uint32_t noteReferrer(ElementImpl& target, IncomingList* list,
 inline std::uint32_t noteReferrer(ElementImpl& target, Incoming entry) noexcept {
   return noteReferrer(target, Raw::referrers(target).list, entry);
 }
-/// Whether a list's newest note is from the same list or reference as `entry`.
+/// Whether a list's newest note is from the same list or reference as `entry`. An empty list's head
+/// stands in the place of the note, and its size, 0, in that of the owner: none.
 inline bool isNewestFrom(const IncomingList& list, Incoming entry) noexcept {
-  if (list.size == 0) return false;
-  const Incoming& newest = list.entries()[list.size - 1];
+  static_assert(kNoElement == 0 && offsetof(IncomingList, size) == offsetof(Incoming, owner));
+  const Incoming& newest = list.entries()[std::ptrdiff_t{list.size} - 1];
   return newest.owner == entry.owner && propertyIndexOf(newest.link) == propertyIndexOf(entry.link);
 }
 /// Forgets the target's newest note.

@@ -95,6 +95,8 @@ class MF0_API ModelImpl {
   bool isUnwatched() const { return state_ == 0; }
   /// Whether a change must be recorded: somebody may undo it or wants to hear of it.
   bool isRecording() const { return (state_ & (kRecording | kObserved)) != 0; }
+  /// Whether foreign code may run at the end of each change.
+  bool isObserved() const { return (state_ & kObserved) != 0; }
   /// Whether positions in lists may be given anew.
   bool isIdle() const { return isQuiet() && cursors == 0 && !shared_; }
   /// Whether no record anywhere refers to elements or positions.

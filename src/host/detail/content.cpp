@@ -102,7 +102,7 @@ std::size_t bytesOfElements(const Content& content) noexcept {
 void* takeBlock(std::size_t size) {
   if (size <= kScalarSize) return scalarBlocks.take();
   if (size <= kSmallSize) return smallBlocks.take();
-  return size <= kObjectSize ? objectBlocks.take() : allocateOrFail(size);
+  return size <= kObjectSize ? objectBlocks.take() : allocateToFill(size);
 }
 
 void giveBlock(void* block, std::size_t size) noexcept {

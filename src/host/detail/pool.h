@@ -28,13 +28,13 @@ inline void* allocateOrFail(std::size_t bytes) {
   return memory;
 }
 
-/// The same for memory that is filled at once: a large piece asks for huge pages where the
-/// system has them, so that one page fault serves thousands of blocks.
-inline void* allocateChunk(std::size_t bytes) {
+/// The same for memory that is filled at once: a large piece asks for huge pages where the system
+/// has them, so that one page fault serves thousands of blocks or numbers.
+inline void* allocateToFill(std::size_t bytes) {
 #ifdef MADV_HUGEPAGE
   constexpr std::size_t kHugePage = 2 * 1024 * 1024;
   void* memory = nullptr;
-  if (bytes % kHugePage == 0) {
+  if (bytes >= kHugePage) {
     if (posix_memalign(&memory, kHugePage, bytes) != 0) fail("OutOfMemory");
     madvise(memory, bytes, MADV_HUGEPAGE);  // no matter if it is refused
     return memory;
@@ -73,10 +73,11 @@ class Pool {
     Link* next;
   };
   static constexpr std::size_t kFirstChunk = 32 * 1024;
-  static constexpr std::size_t kLargestChunk = 4 * 1024 * 1024;
+  /// A little less than eight huge pages, so that the next chunk can begin where they end.
+  static constexpr std::size_t kLargestChunk = 16 * 1024 * 1024 - kFirstChunk;
 
   void grow() {
-    fresh_ = static_cast<std::byte*>(allocateChunk(nextChunk_));
+    fresh_ = static_cast<std::byte*>(allocateToFill(nextChunk_));
     freshEnd_ = fresh_ + nextChunk_ / kBlockSize * kBlockSize;
     nextChunk_ = std::min(2 * nextChunk_, kLargestChunk);
   }
