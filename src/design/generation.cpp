@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <limits>
 #include <unordered_map>
+#include <utility>
 
 #include "design/exhaustive.h"
 #include "design/host.h"
 #include "design/random_parameter_space.h"
+#include "framework/model_impl.h"
 
 namespace kxsim::design::generation {
 
@@ -32,8 +34,8 @@ class SampleTable {
   }
   std::size_t runs() const { return starts_.size() - 1; }
   /// Makes room at the samples for `uses` combined runs, spread evenly over this child's.
-  void expectUses(std::size_t uses) const {
-    const std::size_t each = uses / std::max<std::size_t>(runs(), 1);
+  void expectUses(double uses) const {
+    const auto each = static_cast<std::size_t>(uses / std::max(limit_, 1.0));
     if (each < 4) return;  // the room that a sample has anyway
     for (const auto& sample : samples_) {
       if (sample.isValid()) sample->reserveReferrers(each);
@@ -184,10 +186,11 @@ std::vector<Iteration> Plan::createIterations() const {
   checkFits(nodes_.back().demand);
   struct Frame {
     const Node* node;
+    double uses;  ///< in how many runs further up each of its runs will be combined
     std::vector<Runs> lists;
   };
   std::vector<Frame> frames;
-  frames.push_back({&nodes_.back(), {}});
+  frames.push_back({&nodes_.back(), 0.0, {}});
   for (;;) {
     Frame& top = frames.back();
     if (top.lists.size() < top.node->children.size()) {
@@ -195,22 +198,25 @@ std::vector<Iteration> Plan::createIterations() const {
       if (child.isLeaf) {
         top.lists.push_back(child.space->createIterations());
       } else {
-        frames.push_back({&child, {}});
+        const double uses =
+            top.node->isExhaustive ? top.node->count / std::max(child.count, 1.0) : 1.0;
+        frames.push_back({&child, uses * (1.0 + top.uses), {}});
       }
       continue;
     }
-    Runs runs = combine(*top.node, top.lists);
+    Runs runs = combine(*top.node, top.lists, top.uses);
     frames.pop_back();
     if (frames.empty()) return runs;
     frames.back().lists.push_back(std::move(runs));
   }
 }
 
-Plan::Runs Plan::combine(const Node& node, const std::vector<Runs>& lists) const {
-  return node.isExhaustive ? fullFactorial(node, lists) : pairUp(node, lists);
+Plan::Runs Plan::combine(const Node& node, std::vector<Runs>& lists, double uses) const {
+  return node.isExhaustive ? fullFactorial(node, lists, uses) : pairUp(node, lists);
 }
 
-Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists) const {
+Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists,
+                               double uses) const {
   std::vector<double> levels;
   for (const std::size_t child : node.children) levels.push_back(nodes_[child].count);
   std::vector<SampleTable> tables = tablesOf(lists);
@@ -219,11 +225,12 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
   const host::ArrayPtr matrix = designMatrix(levels);
   Runs runs;
   if (count == 0) return runs;
-  for (const SampleTable& table : tables) table.expectUses(count);
+  for (const SampleTable& table : tables) table.expectUses(node.count * (1.0 + uses));
   // Without factors there is one run, whatever the matrix is.
   const auto design = levels.empty() ? std::span<const double>() : host::doubleData(matrix.get());
   const mf::zero::Model model = node.space->getModel();
   Iteration::Series series = seriesOfRuns(model);
+  runs.reserve(count);
   auto next = design.begin();
   for (std::size_t i = 0; i < count; ++i) {
     if (design.end() - next < std::ssize(tables)) host::raiseDesignError("InvalidDesignMatrix");
@@ -234,19 +241,34 @@ Plan::Runs Plan::fullFactorial(const Node& node, const std::vector<Runs>& lists)
   return runs;
 }
 
-Plan::Runs Plan::pairUp(const Node& node, const std::vector<Runs>& lists) const {
+Plan::Runs Plan::pairUp(const Node& node, std::vector<Runs>& lists) const {
   std::size_t count = runsOf(node.count);
   // A count may promise more than a child gives; the shortest list ends it.
   for (const Runs& list : lists) count = std::min(count, list.size());
   const mf::zero::Model model = node.space->getModel();
   Iteration::Series series = seriesOfRuns(model);
   std::vector<ElementImpl*> samples;
+  std::vector<std::size_t> ends;
   Runs runs;
-  for (std::size_t i = 0; i < count; ++i) {
+  runs.reserve(count);
+  while (runs.size() < count) {
+    // Memory answers many questions in the time of one, so the samples of many runs are looked up
+    // before the first of them is made; of one, where an observer may destroy others meanwhile.
+    const std::size_t batch = model->isObserved() ? 1 : 16;
+    const std::size_t end = std::min(runs.size() + batch, count);
     samples.clear();
-    for (const Runs& list : lists) list[i].parameterSamples().copyTo(samples);
+    ends.clear();
+    for (std::size_t i = runs.size(); i < end; ++i) {
+      for (Runs& list : lists) std::exchange(list[i], {}).parameterSamples().copyTo(samples);
+      ends.push_back(samples.size());
+    }
     for (const ElementImpl* sample : samples) sample->prefetchReferrers();
-    runs.push_back(series.create(samples));
+    auto next = samples.begin();
+    for (const std::size_t place : ends) {
+      const auto last = samples.begin() + static_cast<std::ptrdiff_t>(place);
+      runs.push_back(series.create({next, last}));
+      next = last;
+    }
   }
   return runs;
 }

@@ -51,9 +51,11 @@ class Plan {
   void add(Node node);
   double countOf(const Node& node) const;
   void measure(Node& node) const;
-  Runs combine(const Node& node, const std::vector<Runs>& lists) const;
-  Runs fullFactorial(const Node& node, const std::vector<Runs>& lists) const;
-  Runs pairUp(const Node& node, const std::vector<Runs>& lists) const;
+  /// Runs of the children's runs. `uses` is in how many further ones each of them will be.
+  Runs combine(const Node& node, std::vector<Runs>& lists, double uses) const;
+  Runs fullFactorial(const Node& node, const std::vector<Runs>& lists, double uses) const;
+  /// Lets go of each child's run once it is paired.
+  Runs pairUp(const Node& node, std::vector<Runs>& lists) const;
 
   std::vector<Node> nodes_;  ///< children before parents, the root last
 };

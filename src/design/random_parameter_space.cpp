@@ -50,6 +50,9 @@ std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
   std::vector<Iteration> iterations;
   iterations.reserve(runs);
   const mf::zero::Model model = getModel();
+  for (const RandomParameter& parameter : getParameters()) {
+    if (const auto target = parameter->getParameterType()) target->reserveReferrers(runs);
+  }
   std::vector<RandomParameter> parameters;
   std::vector<Source> sources;
   std::vector<ParameterSample> samples;

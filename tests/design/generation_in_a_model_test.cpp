@@ -98,14 +98,23 @@ TEST_F(GenerationInAModelTest, AnObserverMayChangeTheValuesThatAreBeingEnumerate
 }
 
 TEST_F(GenerationInAModelTest, SamplesThatAnObserverDestroysAreReportedMissing) {
-  const auto space = exhaustive({values(u"a", {1, 2}), values(u"b", {1, 2})});
-  bool done = false;
-  const auto subscription = model()->observe([&](const ChangeSet&) {
-    if (done || count<Iteration>() < 5) return;  // the first combined run
-    done = true;
-    for (const auto& sample : model()->elements(ParameterSample::classInfo())) sample->destroy();
-  });
-  expectRaises<messages::CannotAddNonExistentObject>([&] { space->createIterations(); });
+  const auto destroyAtRun = [&](std::size_t number) {
+    return model()->observe([&, number, done = false](const ChangeSet&) mutable {
+      if (done || count<Iteration>() < number) return;
+      done = true;
+      for (const auto& sample : model()->elements(ParameterSample::classInfo())) sample->destroy();
+    });
+  };
+  const auto factorial = exhaustive({values(u"a", {1, 2}), values(u"b", {1, 2})});
+  {
+    const auto subscription = destroyAtRun(5);  // the first combined run
+    expectRaises<messages::CannotAddNonExistentObject>([&] { factorial->createIterations(); });
+  }
+  // Samples of runs that were not paired by then are missing silently, as their runs let go of
+  // them.
+  const auto pairs = sequential({values(u"a", {1, 2, 3}), values(u"b", {1, 2, 3})});
+  const auto subscription = destroyAtRun(count<Iteration>() + 6 + 2);
+  EXPECT_EQ(runsOf(pairs), (Lines{"", "", ""}));
 }
 
 TEST_F(GenerationInAModelTest, AFrozenModelRefuses) {

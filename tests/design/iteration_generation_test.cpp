@@ -1,9 +1,12 @@
 // The runs that come out of a study: of value sets, of pairs and of full factorials.
 #include <algorithm>
 #include <map>
+#include <numeric>
 #include <set>
 
 #include "design/study_test.h"
+#include "framework/change_set.h"
+#include "framework/model_impl.h"
 #include "support/host_errors.h"
 
 namespace kxsim::design {
@@ -116,6 +119,22 @@ TEST_F(IterationGenerationTest, SequentialRunsReferToTheSamplesOfTheirChildren) 
   EXPECT_EQ(StudyTest::runs(runs), (Lines{"a=1", "a=2"}));
   EXPECT_EQ(count<Iteration>(), 4U);  // those of the child stay behind
   EXPECT_EQ(count<ParameterSample>(), 2U);
+}
+
+TEST_F(IterationGenerationTest, LongPairsAreTheSameWhetherSomebodyListensOrNot) {
+  Numbers numbers(50);
+  std::iota(numbers.begin(), numbers.end(), 1.0);
+  const auto space = sequential(
+      {values(u"a", numbers),
+       exhaustive({values(u"b", {1, 2, 3, 4, 5, 6, 7}), values(u"c", {1, 2, 3, 4, 5})})});
+  Lines expected;
+  for (int i = 0; i < 35; ++i) {
+    expected.push_back("a=" + std::to_string(i + 1) + " b=" + std::to_string(i % 7 + 1) +
+                       " c=" + std::to_string(i / 7 + 1));
+  }
+  EXPECT_EQ(runsOf(space), expected);
+  const auto subscription = model()->observe([](const mf::zero::ChangeSet&) {});
+  EXPECT_EQ(runsOf(space), expected);
 }
 
 TEST_F(IterationGenerationTest, AFractionOfARunIsARunInAPairToo) {
