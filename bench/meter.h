@@ -32,9 +32,16 @@ class Meter {
   /// Runs `region` and adds what it cost.
   template <class Region>
   void measure(Region&& region) {
+    start();
+    std::forward<Region>(region)();
+    stop();
+  }
+  /// The same for a region that begins within a call.
+  void start() {
     begin();
     startCounting();
-    std::forward<Region>(region)();
+  }
+  void stop() {
     stopCounting();
     end(1.0);
   }

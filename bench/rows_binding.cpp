@@ -1,4 +1,6 @@
 // What scripts pay for elements: by name, beside the same through native handles.
+#include <array>
+#include <cstddef>
 #include <vector>
 
 #include "framework/mi/host_objects.h"
@@ -104,6 +106,27 @@ void handOverRuns(std::size_t n, Meter& meter) {
   meter.measure([&] { array = mf::zero::mi::toHost(std::move(runs)); });
 }
 
+/// Plain objects of a run's size: their addresses in a new array, each found to be of one class.
+void handOverFloor(std::size_t n, Meter& meter) {
+  struct Plain {
+    const void* kind;
+    std::array<std::byte, 56> rest;
+  };
+  std::vector<Plain> objects(n);
+  std::vector<Plain*> runs(n);
+  for (std::size_t i = 0; i < n; ++i) runs[i] = &objects[i];
+  std::vector<void*> array;
+  bool isUniform = true;
+  meter.measure([&] {
+    array.reserve(n);
+    for (Plain* const run : runs) {
+      isUniform &= run->kind == runs.front()->kind;
+      array.push_back(run);
+    }
+  });
+  use(isUniform);
+}
+
 void registerAll(std::size_t, Meter& meter) {
   meter.measure([&] {
     VXInitialize_kxsim_design();
@@ -123,7 +146,7 @@ constexpr Row kRows[] = {
     {"construct-by-name", "run", "a run with three values from a struct; floor: by builder",
      Process::kFresh, constructFromStruct, constructByBuilder, 1'000, 1'000'000, 0},
     {"hand-over-runs", "run", "runs handed to a script as one array, their making apart",
-     Process::kFresh, handOverRuns, nullptr, 1'000, 1'000'000, 0},
+     Process::kFresh, handOverRuns, handOverFloor, 1'000, 1'000'000, 0},
     {"register", "process", "every host class registered and filled in, every meta class as well",
      Process::kFresh, registerAll, nullptr, 1, 1, 0},
 };
