@@ -86,6 +86,8 @@ std::optional<double> figureOf(const Results& results, const Row& row, const Goa
     case Measure::kNanoseconds: return ours;
     case Measure::kTimesFloor: return quotient(ours, results.nanoseconds(row, Side::kFloor, n));
     case Measure::kTimesRow: return quotient(ours, others);
+    case Measure::kTimesRowFloor:
+      return quotient(ours, other ? results.nanoseconds(*other, Side::kFloor, n) : std::nullopt);
     case Measure::kAboveRow: return ours && others ? std::optional(*ours - *others) : std::nullopt;
     case Measure::kKeptBytes: return results.keptBytes(row, Side::kOurs, n);
     case Measure::kResidentBytes: return results.residentBytes(row, Side::kOurs, n);
@@ -96,9 +98,19 @@ std::optional<double> figureOf(const Results& results, const Row& row, const Goa
 
 std::string_view unitOf(Measure measure) {
   constexpr std::string_view kUnits[] = {
-      " ns", " ms", " times the floor", " times ", " ns above ", " B", " B", " allocations",
+      " ns", " ms", " times the floor", " times ", " times the floor of ", " ns above ",
+      " B",  " B",  " allocations",
   };
   return kUnits[static_cast<std::size_t>(measure)];
+}
+
+/// The goal as it is for a machine whose floor is slower than that on which it was set.
+Goal scaled(Goal goal, std::optional<double> floor) {
+  if (goal.floorWas > 0 && floor > goal.floorWas) {
+    goal.value *= *floor / goal.floorWas;
+    goal.beyond *= *floor / goal.floorWas;
+  }
+  return goal;
 }
 
 std::string textOf(const Goal& goal, double figure) {
@@ -110,8 +122,10 @@ std::string textOf(const Goal& goal, double figure) {
 
 std::vector<Verdict> judge(const Results& results, const Row& row) {
   std::vector<Verdict> verdicts;
-  for (const Goal& goal : goals()) {
-    if (goal.row != row.name) continue;
+  const auto floor = results.nanoseconds(row, Side::kFloor, results.largest(row));
+  for (const Goal& asSet : goals()) {
+    if (asSet.row != row.name) continue;
+    const Goal goal = scaled(asSet, floor);
     if (const auto figure = figureOf(results, row, goal)) {
       verdicts.push_back({*figure <= goal.value, *figure <= goal.beyond, textOf(goal, *figure)});
     }

@@ -35,6 +35,7 @@ enum class Measure {
   kMilliseconds,  ///< per item
   kTimesFloor,
   kTimesRow,       ///< time per item against another row's
+  kTimesRowFloor,  ///< the same against that row's floor
   kAboveRow,       ///< nanoseconds per item more than another row's
   kKeptBytes,      ///< per item
   kResidentBytes,  ///< per item
@@ -47,7 +48,8 @@ struct Goal {
   Measure measure;
   double value;
   double beyond;
-  std::string_view other = {};  ///< the row that kTimesRow and kAboveRow compare with
+  std::string_view other = {};  ///< the row that is compared with
+  double floorWas = 0;  ///< nanoseconds of the floor where the goal was set; a slower one raises it
 };
 
 /// Growth of the time per item from 10^4 to the largest size, the floor's own growth apart.

@@ -103,6 +103,9 @@ struct PropertyInfo {
   bool has(PropertyFlags flag) const { return (flags & flag) != 0; }
   bool hasAny(int ofFlags) const { return (flags & ofFlags) != 0; }
   bool isReferenceList() const { return kind == ValueKind::kElement && has(kMany); }
+  bool isStoredReal() const {
+    return kind == ValueKind::kReal && !hasAny(kMany | kDerived | kReadOnly);
+  }
 };
 
 struct OperationInfo {

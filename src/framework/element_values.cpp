@@ -42,32 +42,21 @@ void setMany(ElementImpl& element, const PropertyInfo& property, const Value& va
       std::string(property.owner->qualifiedName) + '.' + toUtf8(property.name)));
 }
 
-/// The description of a property that the element must have.
-const PropertyInfo& requireInfo(const ElementImpl& element, const meta::Property& property) {
-  const PropertyInfo& info = meta::infoOf(property);
-  if (element.classInfo().isA(*info.owner)) return info;
-  reportException(
-      mf0::messages::NoSuchProperty(element.classInfo().qualifiedName, toUtf8(info.name)));
-}
-
-/// The same where it is seen without a call; null says nothing.
-inline const PropertyInfo* infoOf(const ElementImpl& element, const meta::Property& property) {
+/// The description of a number that the element has and may simply be read and set, which is what
+/// most are; null where that takes a closer look.
+inline const PropertyInfo* storedReal(const ElementImpl& element, const meta::Property& property) {
   if (!property || !Raw::isPlain(*property.impl())) [[unlikely]]
     return nullptr;
-  const PropertyInfo* const info = property->info();
+  const PropertyInfo* const info = property->storedReal();
   return info && element.classInfo().isA(*info->owner) ? info : nullptr;
-}
-
-/// Numbers are what is read and set by description most.
-bool isStoredReal(const PropertyInfo& property) {
-  return property.kind == ValueKind::kReal && !property.hasAny(kMany | kDerived | kReadOnly);
 }
 
 }  // namespace
 
 const PropertyInfo& ElementImpl::checkedInfo(const meta::Property& property) const {
-  const PropertyInfo* const info = infoOf(*this, property);
-  return info ? *info : requireInfo(*this, property);
+  const PropertyInfo& info = meta::infoOf(property);
+  if (classInfo().isA(*info.owner)) return info;
+  reportException(mf0::messages::NoSuchProperty(classInfo().qualifiedName, toUtf8(info.name)));
 }
 
 bool ElementImpl::hasPropertyValue(const meta::Property& property) const {
@@ -75,9 +64,8 @@ bool ElementImpl::hasPropertyValue(const meta::Property& property) const {
 }
 
 const double* ElementImpl::findReal(const meta::Property& property) const {
-  const PropertyInfo* const info = infoOf(*this, property);
-  const bool isPlain = info && isStoredReal(*info) && Raw::isPlain(*this);
-  return isPlain ? &Raw::at<double>(*this, *info) : nullptr;
+  const PropertyInfo* const info = storedReal(*this, property);
+  return info && Raw::isPlain(*this) ? &Raw::at<double>(*this, *info) : nullptr;
 }
 
 Value ElementImpl::readProperty(const meta::Property& property) const {
@@ -91,8 +79,8 @@ Value ElementImpl::get(const PropertyInfo& property) const {
 }
 
 void ElementImpl::writeReal(const meta::Property& property, double value) {
-  const PropertyInfo* const info = infoOf(*this, property);
-  if (!info || !isStoredReal(*info)) [[unlikely]]
+  const PropertyInfo* const info = storedReal(*this, property);
+  if (!info) [[unlikely]]
     return writeProperty(property, value);
   assign(*info, Raw::at<double>(*this, *info), value);
 }

@@ -100,6 +100,7 @@ class MF0_API Property::Impl : public TypedElement::Impl {
     bool isTransient = false;
     bool isQualificationUnique = false;
     const PropertyInfo* info = nullptr;
+    const PropertyInfo* storedReal = nullptr;
   };
   static const PropertyInfo kProperties[12];
   static const ClassInfo kClass;
@@ -138,8 +139,13 @@ class MF0_API Property::Impl : public TypedElement::Impl {
 
   /// The description that the property was registered from; null if it was made by hand.
   const PropertyInfo* info() const { return read<Storage>().info; }
+  /// The same if the property is a single stored number that can be set, else null.
+  const PropertyInfo* storedReal() const { return read<Storage>().storedReal; }
   /// Not undone by a rollback; for registration.
-  void setInfo(const PropertyInfo* info) { own<Storage>().info = info; }
+  void setInfo(const PropertyInfo* info) {
+    own<Storage>().info = info;
+    own<Storage>().storedReal = info && info->isStoredReal() ? info : nullptr;
+  }
 };
 
 /// Calls an operation of an element.
