@@ -1,6 +1,7 @@
 // The hand-written part of RandomParameterSpace.
 #include "design/random_parameter_space.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -54,15 +55,19 @@ std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
     if (const auto target = parameter->getParameterType()) target->reserveReferrers(runs);
   }
   std::vector<RandomParameter> parameters;
+  std::vector<mf::zero::ElementImpl*> present;
   std::vector<Source> sources;
   std::vector<ParameterSample> samples;
   std::vector<mf::zero::ElementImpl*> drawn;
   for (std::size_t i = 0; i < runs; ++i) {
     Iteration iteration = Iteration::create(model);
     // Asked anew for every run: what draws is foreign code and may change them.
-    parameters.clear();
-    for (const RandomParameter& parameter : getParameters()) parameters.push_back(parameter);
-    sources.resize(parameters.size());
+    present.clear();
+    getParameters().copyTo(present);
+    if (!std::ranges::equal(parameters, present, {}, &RandomParameter::impl)) {
+      parameters = getParameters().toContainer();
+      sources.resize(parameters.size());
+    }
     samples.clear();
     drawn.clear();
     for (std::size_t k = 0; k < parameters.size(); ++k) {
