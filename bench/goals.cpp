@@ -1,5 +1,6 @@
 // Which rows there are, and what they shall reach. Nanoseconds were set on an AMD server core with
-// 4 KiB pages, GCC 12 at -O2; where a floor is slower than it was there, its goal is by as much.
+// 4 KiB pages, GCC 12 at -O2; where a floor is slower than it was there, its goal is higher by as
+// much.
 #include <algorithm>
 #include <array>
 

@@ -104,11 +104,13 @@ std::string_view unitOf(Measure measure) {
   return kUnits[static_cast<std::size_t>(measure)];
 }
 
-/// The goal as it is for a machine whose floor is slower than that on which it was set.
+/// The goal as it is for a machine whose floor is slower than that on which it was set. A floor
+/// that took more than twice as long was disturbed.
 Goal scaled(Goal goal, std::optional<double> floor) {
   if (goal.floorWas > 0 && floor > goal.floorWas) {
-    goal.value *= *floor / goal.floorWas;
-    goal.beyond *= *floor / goal.floorWas;
+    const double slower = std::min(*floor / goal.floorWas, 2.0);
+    goal.value *= slower;
+    goal.beyond *= slower;
   }
   return goal;
 }

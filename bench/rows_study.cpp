@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -68,7 +69,11 @@ class PairingStart : public mf::zero::Observer {
         runsBefore_(runsBefore),
         meter_(meter),
         hearing_(model->addObserver(*this)) {}
-  std::size_t bytesBefore() const { return bytesBefore_; }
+  /// What the model held then.
+  std::size_t bytesBefore() const {
+    if (bytesBefore_ == 0) throw std::logic_error("nothing was paired");
+    return bytesBefore_;
+  }
 
   void changed(const mf::zero::ChangeSet& changes) override {
     if (++heard_ <= runsBefore_ || !hasPairedRun(changes)) return;

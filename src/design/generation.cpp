@@ -35,8 +35,8 @@ class SampleTable {
   std::size_t runs() const { return starts_.size() - 1; }
   /// Makes room at the samples for `uses` combined runs, spread evenly over this child's.
   void expectUses(double uses) const {
+    if (!(uses >= 4.0 * limit_)) return;  // the room that a sample has anyway
     const auto each = static_cast<std::size_t>(uses / std::max(limit_, 1.0));
-    if (each < 4) return;  // the room that a sample has anyway
     for (const auto& sample : samples_) {
       if (sample.isValid()) sample->reserveReferrers(each);
     }
@@ -87,6 +87,32 @@ std::size_t widthOf(const std::vector<SampleTable>& tables) {
   for (const SampleTable& table : tables) width += table.width();
   return width;
 }
+
+/// The samples of the next few runs that are paired. Memory answers many questions in the time of
+/// one, so they are looked up, and their lists asked for, before the first of the runs is made.
+class SamplesAhead {
+ public:
+  static constexpr std::size_t kRuns = 16;
+
+  /// Takes the samples of the children's runs from `begin` to `end`, and lets go of those runs.
+  void lookUp(std::vector<std::vector<Iteration>>& lists, std::size_t begin, std::size_t end) {
+    samples_.clear();
+    starts_.assign(1, 0);
+    for (std::size_t i = begin; i < end; ++i) {
+      for (auto& list : lists) std::exchange(list[i], {}).parameterSamples().copyTo(samples_);
+      starts_.push_back(samples_.size());
+    }
+    for (const ElementImpl* sample : samples_) sample->prefetchReferrers();
+  }
+  std::size_t runs() const { return starts_.size() - 1; }
+  std::span<ElementImpl* const> of(std::size_t run) const {
+    return std::span(samples_).subspan(starts_[run], starts_[run + 1] - starts_[run]);
+  }
+
+ private:
+  std::vector<ElementImpl*> samples_;
+  std::vector<std::size_t> starts_;
+};
 
 /// For new runs that refer to samples, by the only property that a run has.
 Iteration::Series seriesOfRuns(const mf::zero::Model& model) {
@@ -181,6 +207,11 @@ double Plan::countOf(const Node& node) const {
 
 // Building: every listing of a child builds its runs anew.
 
+double Plan::usesOf(const Node& child, const Node& parent) {
+  const bool areRuns = child.count > 0.0 && parent.count > 0.0;  // not so for NaN
+  return areRuns ? parent.count / std::max(child.count, 1.0) : 0.0;
+}
+
 std::vector<Iteration> Plan::createIterations() const {
   // As far as the counts tell, too much is refused before anything is made.
   checkFits(nodes_.back().demand);
@@ -198,9 +229,7 @@ std::vector<Iteration> Plan::createIterations() const {
       if (child.isLeaf) {
         top.lists.push_back(child.space->createIterations());
       } else {
-        const double uses =
-            top.node->isExhaustive ? top.node->count / std::max(child.count, 1.0) : 1.0;
-        frames.push_back({&child, uses * (1.0 + top.uses), {}});
+        frames.push_back({&child, usesOf(child, *top.node) * (1.0 + top.uses), {}});
       }
       continue;
     }
@@ -247,28 +276,14 @@ Plan::Runs Plan::pairUp(const Node& node, std::vector<Runs>& lists) const {
   for (const Runs& list : lists) count = std::min(count, list.size());
   const mf::zero::Model model = node.space->getModel();
   Iteration::Series series = seriesOfRuns(model);
-  std::vector<ElementImpl*> samples;
-  std::vector<std::size_t> ends;
+  SamplesAhead samples;
   Runs runs;
   runs.reserve(count);
   while (runs.size() < count) {
-    // Memory answers many questions in the time of one, so the samples of many runs are looked up
-    // before the first of them is made; of one, where an observer may destroy others meanwhile.
-    const std::size_t batch = model->isObserved() ? 1 : 16;
-    const std::size_t end = std::min(runs.size() + batch, count);
-    samples.clear();
-    ends.clear();
-    for (std::size_t i = runs.size(); i < end; ++i) {
-      for (Runs& list : lists) std::exchange(list[i], {}).parameterSamples().copyTo(samples);
-      ends.push_back(samples.size());
-    }
-    for (const ElementImpl* sample : samples) sample->prefetchReferrers();
-    auto next = samples.begin();
-    for (const std::size_t place : ends) {
-      const auto last = samples.begin() + static_cast<std::ptrdiff_t>(place);
-      runs.push_back(series.create({next, last}));
-      next = last;
-    }
+    // With an observer, run by run: it may destroy samples that were looked up ahead.
+    const std::size_t ahead = model->isObserved() ? 1 : SamplesAhead::kRuns;
+    samples.lookUp(lists, runs.size(), std::min(runs.size() + ahead, count));
+    for (std::size_t i = 0; i < samples.runs(); ++i) runs.push_back(series.create(samples.of(i)));
   }
   return runs;
 }

@@ -51,6 +51,8 @@ class Plan {
   void add(Node node);
   double countOf(const Node& node) const;
   void measure(Node& node) const;
+  /// In how many of its parent's runs each of a child's is, on average.
+  static double usesOf(const Node& child, const Node& parent);
   /// Runs of the children's runs. `uses` is in how many further ones each of them will be.
   Runs combine(const Node& node, std::vector<Runs>& lists, double uses) const;
   Runs fullFactorial(const Node& node, const std::vector<Runs>& lists, double uses) const;

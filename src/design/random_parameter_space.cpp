@@ -42,6 +42,14 @@ ParameterSample draw(const mf::zero::Model& model, const RandomParameter& parame
   return sample;
 }
 
+/// Makes room at what the samples of the first run are for, for those of as many further runs.
+void expectSamples(const std::vector<ParameterSample>& samples, std::size_t runs) {
+  for (const ParameterSample& sample : samples) {
+    if (!sample.isValid()) continue;  // what draws may have destroyed it
+    if (const auto target = sample->getParameterType()) target->reserveReferrers(runs);
+  }
+}
+
 }  // namespace
 
 std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
@@ -51,9 +59,6 @@ std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
   std::vector<Iteration> iterations;
   iterations.reserve(runs);
   const mf::zero::Model model = getModel();
-  for (const RandomParameter& parameter : getParameters()) {
-    if (const auto target = parameter->getParameterType()) target->reserveReferrers(runs);
-  }
   std::vector<RandomParameter> parameters;
   std::vector<mf::zero::ElementImpl*> present;
   std::vector<Source> sources;
@@ -76,6 +81,7 @@ std::vector<Iteration> RandomParameterSpace::Impl::createIterations() const {
     }
     iteration->getParameterSamplesMutable().append(drawn);
     iterations.push_back(std::move(iteration));
+    if (i == 0) expectSamples(samples, runs - 1);
   }
   return iterations;
 }

@@ -32,29 +32,27 @@ constexpr std::size_t kFirstRegion = 4 * kChunkBytes;
 /// one.
 constexpr std::size_t kLargestRegion = 1023 * kChunkBytes;
 constexpr std::size_t kHugePage = 2 * 1024 * 1024;
+/// Left between long blocks where a sanitizer watches over them.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr std::size_t kGuard = 64;
+#else
+constexpr std::size_t kGuard = 0;
+#endif
 
 std::size_t roundUp(std::size_t value, std::size_t unit) {
   return (value + unit - 1) / unit * unit;
 }
 
-/// Asks for huge pages, where the system has them, in as much of the memory as they can fill: one
-/// page fault then serves thousands of elements.
-void askForHugePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) {
-#ifdef MADV_HUGEPAGE
-  const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-  const std::uintptr_t first = roundUp(begin, kHugePage);
-  const std::uintptr_t last = (begin + bytes) / kHugePage * kHugePage;
-  // No matter if it is refused.
-  if (first < last) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-#endif
-}
-
-/// Memory of whole chunks.
+/// Memory of whole chunks. A large model asks for huge pages, where the system has them: one page
+/// fault then serves thousands of elements.
 std::byte* allocateRegion(std::size_t bytes) {
   const bool large = bytes > kHugePage / 2;
   void* memory = nullptr;
   if (posix_memalign(&memory, large ? kHugePage : kChunkBytes, bytes) != 0) throw std::bad_alloc();
-  if (large) askForHugePages(memory, roundUp(bytes, kHugePage));
+#ifdef MADV_HUGEPAGE
+  if (large)
+    madvise(memory, roundUp(bytes, kHugePage), MADV_HUGEPAGE);  // no matter if it is refused
+#endif
   return static_cast<std::byte*>(memory);
 }
 
@@ -94,11 +92,13 @@ void BlockArena::grow(std::size_t wanted) {
   regions_.push_back({memory, bytes});
   cursor_ = memory;
   limit_ = memory + bytes;
+  ASAN_POISON_MEMORY_REGION(memory, bytes);
 }
 
 void* BlockArena::chunk() {
   if (static_cast<std::size_t>(limit_ - cursor_) < kChunkBytes) grow(kChunkBytes);
   reserved_ += kChunkBytes;
+  ASAN_UNPOISON_MEMORY_REGION(cursor_, kChunkBytes);
   return std::exchange(cursor_, cursor_ + kChunkBytes);
 }
 
@@ -115,18 +115,24 @@ std::size_t BlockArena::roundToLargerClass(std::size_t& bytes) {
   return kSmallClasses + kSteps * doubling + steps - kSteps;
 }
 
-void* BlockArena::allocateElsewhere(std::size_t bytes, std::size_t sizeClass) {
+std::size_t BlockArena::sizeOfLargerClass(std::size_t sizeClass) {
+  const std::size_t number = sizeClass - kSmallClasses - 1;
+  const std::size_t step = kSmallest / kSteps << number / kSteps;
+  return (kSteps + 1 + number % kSteps) * step + kLine;
+}
+
+void* BlockArena::recycle(std::size_t bytes, std::size_t sizeClass) {
+  FreeBlock* const block = free_[sizeClass];
+  if (!block) return nullptr;
+  ASAN_UNPOISON_MEMORY_REGION(block, bytes);
+  free_[sizeClass] = block->next;
+  return block;
+}
+
+void* BlockArena::allocateElsewhere(std::size_t& bytes, std::size_t sizeClass) {
   if (sizeClass == kLargeClass) return allocateLarge(bytes);
-  if (FreeBlock* block = free_[sizeClass]) {
-    ASAN_UNPOISON_MEMORY_REGION(block, bytes);
-    free_[sizeClass] = block->next;
-    return block;
-  }
-  if (sizeClass > kSmallClasses) {
-    if (static_cast<std::size_t>(limit_ - cursor_) < bytes) grow(bytes);
-    reserved_ += bytes;
-    return limit_ -= bytes;
-  }
+  if (sizeClass > kSmallClasses) return allocateLong(bytes, sizeClass);
+  if (void* const block = recycle(bytes, sizeClass)) return block;
   if (static_cast<std::size_t>(blockLimit_ - block_) < bytes) {
     block_ = static_cast<std::byte*>(chunk());
     blockLimit_ = block_ + kChunkBytes;
@@ -134,10 +140,25 @@ void* BlockArena::allocateElsewhere(std::size_t bytes, std::size_t sizeClass) {
   return std::exchange(block_, block_ + bytes);
 }
 
+void* BlockArena::allocateLong(std::size_t& bytes, std::size_t sizeClass) {
+  const std::size_t end = std::min(sizeClass + kSteps / 4 + 1, kLargeClass);
+  for (std::size_t larger = sizeClass; larger < end; ++larger) {
+    const std::size_t size = sizeOfLargerClass(larger);
+    if (void* const block = recycle(size, larger)) {
+      bytes = size;
+      return block;
+    }
+  }
+  if (static_cast<std::size_t>(limit_ - cursor_) < bytes + kGuard) grow(bytes + kGuard);
+  reserved_ += bytes;
+  limit_ -= bytes + kGuard;
+  ASAN_UNPOISON_MEMORY_REGION(limit_, bytes);
+  return limit_;
+}
+
 void* BlockArena::allocateLarge(std::size_t bytes) {
   void* const memory = std::malloc(bytes + sizeof(LargeBlock));
   if (!memory) throw std::bad_alloc();
-  askForHugePages(memory, bytes);
   reserved_ += bytes;
   auto* block = static_cast<LargeBlock*>(memory);
   block->previous = large_.previous;

@@ -72,8 +72,8 @@ class MF0_API BlockArena {
   void* reallocate(void* block, std::size_t oldBytes, std::size_t& bytes);
   /// Takes back a block of the size that `allocate` reported.
   void release(void* block, std::size_t bytes) noexcept;
-  /// Bytes of chunks and blocks, those included that wait to be used again. The newest region may
-  /// have more room, which nothing has touched.
+  /// Bytes of chunks and blocks, those included that wait to be used again. Regions may have more
+  /// room, which is not counted.
   std::size_t bytesReserved() const { return reserved_; }
 
  private:
@@ -107,8 +107,14 @@ class MF0_API BlockArena {
     return bytes / kCellUnit;
   }
   static std::size_t roundToLargerClass(std::size_t& bytes);
+  /// What blocks of a class above the small ones have.
+  static std::size_t sizeOfLargerClass(std::size_t sizeClass);
   /// A recycled block, one from a new chunk or straight from a region, or a large one.
-  void* allocateElsewhere(std::size_t bytes, std::size_t sizeClass);
+  void* allocateElsewhere(std::size_t& bytes, std::size_t sizeClass);
+  /// The newest of that class that waits to be used again; null if none does.
+  void* recycle(std::size_t bytes, std::size_t sizeClass);
+  /// A recycled block, which may be up to a quarter larger, or one from the end of a region.
+  void* allocateLong(std::size_t& bytes, std::size_t sizeClass);
   void* allocateLarge(std::size_t bytes);
   void* reallocateLarge(void* block, std::size_t oldBytes, std::size_t bytes);
   /// Opens a region with room for `bytes`.

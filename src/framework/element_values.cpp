@@ -44,7 +44,7 @@ void setMany(ElementImpl& element, const PropertyInfo& property, const Value& va
 
 /// The description of a number that the element has and may simply be read and set, which is what
 /// most are; null where that takes a closer look.
-inline const PropertyInfo* storedReal(const ElementImpl& element, const meta::Property& property) {
+inline const PropertyInfo* plainRealOf(const ElementImpl& element, const meta::Property& property) {
   if (!property || !Raw::isPlain(*property.impl())) [[unlikely]]
     return nullptr;
   const PropertyInfo* const info = property->storedReal();
@@ -64,7 +64,7 @@ bool ElementImpl::hasPropertyValue(const meta::Property& property) const {
 }
 
 const double* ElementImpl::findReal(const meta::Property& property) const {
-  const PropertyInfo* const info = storedReal(*this, property);
+  const PropertyInfo* const info = plainRealOf(*this, property);
   return info && Raw::isPlain(*this) ? &Raw::at<double>(*this, *info) : nullptr;
 }
 
@@ -79,7 +79,7 @@ Value ElementImpl::get(const PropertyInfo& property) const {
 }
 
 void ElementImpl::writeReal(const meta::Property& property, double value) {
-  const PropertyInfo* const info = storedReal(*this, property);
+  const PropertyInfo* const info = plainRealOf(*this, property);
   if (!info) [[unlikely]]
     return writeProperty(property, value);
   assign(*info, Raw::at<double>(*this, *info), value);

@@ -60,35 +60,32 @@ void forEachOutgoing(ElementImpl& element, Visit&& visit) {
   }
 }
 
-[[noreturn]] void raiseTooLong(std::string_view what) {
-  reportException(mf0::messages::ListIsFull(what, std::to_string(kMaxPositions - 1)));
-}
-
 }  // namespace
 
+void raiseListIsFull() {
+  reportException(mf0::messages::ListIsFull("a collection", std::to_string(kMaxPositions - 1)));
+}
+
 void growSlots(ElementImpl& owner, ReferenceList& list, std::size_t count) {
-  const std::uint32_t room = roomOf(list);
-  if (count >= kMaxPositions) {
-    raiseTooLong("a collection");
-  }
-  std::size_t bytes = std::max(count + 1, 2 * (std::size_t{room} + 1)) * sizeof(ReferenceSlot);
-  void* const block =
-      arenaOf(owner).reallocate(list.slots - 1, (room + 1) * sizeof(ReferenceSlot), bytes);
-  list.slots = static_cast<ReferenceSlot*>(block) + 1;
-  capacityOf(list.slots) = static_cast<std::uint32_t>(bytes / sizeof(ReferenceSlot) - 1);
+  const std::size_t before = (std::size_t{roomOf(list)} + 1) * sizeof(ReferenceSlot);
+  std::size_t bytes = std::max((count + 1) * sizeof(ReferenceSlot), 2 * before);
+  void* const block = arenaOf(owner).reallocate(list.slots - 1, before, bytes);
+  setBlock(list, block, bytes);
 }
 
 void growReferrers(ElementImpl& target, std::size_t count) {
+  constexpr std::size_t kMost = std::numeric_limits<std::uint32_t>::max() - 1;
   const std::span<const Incoming> notes = referrersOf(target);
-  const std::size_t wanted = notes.size() + count;
-  if (wanted >= std::numeric_limits<std::uint32_t>::max()) {
-    raiseTooLong("an element's list of referrers");
+  if (count > kMost - notes.size()) {
+    reportException(
+        mf0::messages::ListIsFull("an element's list of referrers", std::to_string(kMost)));
   }
-  std::size_t bytes = (wanted + 1) * sizeof(Incoming);
+  std::size_t bytes = (notes.size() + count + 1) * sizeof(Incoming);
   IncomingList* list = Raw::hasOnlyReferrer(target) ? nullptr : Raw::referrers(target).list;
   if (list) {
-    list = static_cast<IncomingList*>(
-        arenaOf(target).reallocate(list, (list->capacity + 1) * sizeof(Incoming), bytes));
+    const std::size_t before = (std::size_t{list->capacity} + 1) * sizeof(Incoming);
+    bytes = std::min(std::max(bytes, 2 * before), (kMost + 1) * sizeof(Incoming));
+    list = static_cast<IncomingList*>(arenaOf(target).reallocate(list, before, bytes));
   } else {
     list = static_cast<IncomingList*>(arenaOf(target).allocate(bytes));
     list->size = static_cast<std::uint32_t>(notes.size());

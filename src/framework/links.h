@@ -9,6 +9,7 @@
 #include <span>
 
 #include "framework/element.h"
+#include "framework/element_pool.h"
 #include "framework/raw.h"
 #include "framework/storage.h"
 #include "framework/undo_records.h"
@@ -43,21 +44,24 @@ inline std::uint32_t& capacityOf(ReferenceSlot* slots) { return slots[-1].back; 
 inline std::uint32_t roomOf(const ReferenceList& list) {
   return list.slots ? capacityOf(list.slots) : 0;
 }
-/// Makes room for `count` slots in all, which are more than there is room for, or too many.
-void growSlots(ElementImpl& owner, ReferenceList& list, std::size_t count);
-/// The first room of a list.
-inline void makeSlots(ElementImpl& owner, ReferenceList& list, std::size_t count) {
-  if (count >= kMaxPositions) [[unlikely]]
-    return growSlots(owner, list, count);  // which refuses
-  std::size_t bytes = (count + 1) * sizeof(ReferenceSlot);
-  list.slots = static_cast<ReferenceSlot*>(Chunk::of(&owner)->pool->arena().allocate(bytes)) + 1;
+/// Gives a list the block that `bytes` were allocated for.
+inline void setBlock(ReferenceList& list, void* block, std::size_t bytes) {
+  list.slots = static_cast<ReferenceSlot*>(block) + 1;
   capacityOf(list.slots) = static_cast<std::uint32_t>(bytes / sizeof(ReferenceSlot) - 1);
 }
+[[noreturn]] void raiseListIsFull();
+/// More room for a list that has some.
+void growSlots(ElementImpl& owner, ReferenceList& list, std::size_t count);
 /// Makes room for `count` slots in all. Throws std::bad_alloc, raises ListIsFull.
 inline void reserveSlots(ElementImpl& owner, const PropertyInfo& property, std::size_t count) {
   ReferenceList& list = Raw::at<ReferenceList>(owner, property);
   if (count <= roomOf(list)) return;
-  list.slots ? growSlots(owner, list, count) : makeSlots(owner, list, count);
+  if (count >= kMaxPositions) [[unlikely]]
+    raiseListIsFull();
+  if (list.slots) return growSlots(owner, list, count);
+  std::size_t bytes = (count + 1) * sizeof(ReferenceSlot);
+  void* const block = Chunk::of(&owner)->pool->arena().allocate(bytes);
+  setBlock(list, block, bytes);
 }
 /// Who refers to an element, in the order of their numbers.
 inline std::span<Incoming> referrersOf(const ElementImpl& element) {
@@ -72,7 +76,7 @@ inline std::size_t roomForReferrers(const ElementImpl& element) {
   const IncomingList* list = Raw::referrers(const_cast<ElementImpl&>(element)).list;
   return list ? list->capacity - list->size : 1;
 }
-/// Makes room for `count` more referrers of `target`, in a list.
+/// Makes room for `count` more referrers of `target`, often for many more, in a list.
 void growReferrers(ElementImpl& target, std::size_t count);
 /// Makes room for one more, often for many more, and answers the list; null where the first one is
 /// noted in place.
@@ -81,7 +85,7 @@ inline IncomingList* reserveReferrer(ElementImpl& target) {
   if (Raw::hasOnlyReferrer(target)) [[unlikely]]
     growReferrers(target, 1);
   if (list && list->size == list->capacity) [[unlikely]]
-    growReferrers(target, std::size_t{list->capacity} + 1);
+    growReferrers(target, 1);
   return list;
 }
 
@@ -106,11 +110,10 @@ inline std::uint32_t noteReferrer(ElementImpl& target, IncomingList* list,
 inline std::uint32_t noteReferrer(ElementImpl& target, Incoming entry) noexcept {
   return noteReferrer(target, Raw::referrers(target).list, entry);
 }
-/// Whether a list's newest note is from the same list or reference as `entry`. An empty list's head
-/// stands in the place of the note, and its size, 0, in that of the owner: none.
+/// Whether a list's newest note is from the same list or reference as `entry`.
 inline bool isNewestFrom(const IncomingList& list, Incoming entry) noexcept {
-  static_assert(kNoElement == 0 && offsetof(IncomingList, size) == offsetof(Incoming, owner));
-  const Incoming& newest = list.entries()[std::ptrdiff_t{list.size} - 1];
+  if (list.size == 0) return false;
+  const Incoming& newest = list.entries()[list.size - 1];
   return newest.owner == entry.owner && propertyIndexOf(newest.link) == propertyIndexOf(entry.link);
 }
 /// Forgets the target's newest note.

@@ -137,6 +137,36 @@ TEST_F(IterationGenerationTest, LongPairsAreTheSameWhetherSomebodyListensOrNot) 
   EXPECT_EQ(runsOf(space), expected);
 }
 
+// An observer may come and go while runs are paired.
+TEST_F(IterationGenerationTest, PairsStayTheSameWhenTheObserverLeavesMidway) {
+  Numbers numbers(50);
+  std::iota(numbers.begin(), numbers.end(), 1.0);
+  const auto space = sequential({values(u"a", numbers), values(u"b", numbers)});
+  mf::zero::Subscription subscription = model()->observe([&](const mf::zero::ChangeSet&) {
+    if (count<Iteration>() == 2 * 50 + 5) subscription.end();
+  });
+  const Lines lines = runsOf(space);
+  ASSERT_EQ(lines.size(), 50U);
+  for (int i = 1; i <= 50; ++i) {
+    const std::string number = std::to_string(i);
+    EXPECT_EQ(lines[static_cast<std::size_t>(i) - 1], "a=" + number + " b=" + number);
+  }
+}
+
+// Room is made for the combinations that there will be, not for those of runs nobody pairs.
+TEST_F(IterationGenerationTest, AFactorialOfWhichPairsTakeLittleTakesLittleMemory) {
+  Numbers hundred(100);
+  std::iota(hundred.begin(), hundred.end(), 1.0);
+  Numbers thousand(1000);
+  std::iota(thousand.begin(), thousand.end(), 1.0);
+  const auto factorial = exhaustive({values(u"a", hundred), values(u"b", hundred)});
+  const auto space = exhaustive({sequential({factorial, values(u"c", {1, 2, 3})}),  //
+                                 values(u"d", thousand)});
+  const std::size_t before = model()->bytesReserved();
+  EXPECT_EQ(space->createIterations().size(), 3000U);
+  EXPECT_LT(model()->bytesReserved() - before, 5'000'000U);
+}
+
 TEST_F(IterationGenerationTest, AFractionOfARunIsARunInAPairToo) {
   const auto space = sequential({samples(2.5), values(u"a", {1, 2, 3, 4})});
   EXPECT_EQ(runsOf(space), (Lines{"a=1", "a=2", "a=3"}));
@@ -205,11 +235,14 @@ TEST_F(IterationGenerationTest, AChildWithoutRunsLeavesNoCombinationButTheDesign
   EXPECT_EQ(levels, (Numbers{2, 0}));
 }
 
-TEST_F(IterationGenerationTest, AFractionalCountReachesTheDesignWhichRefusesIt) {
-  const auto space = exhaustive({samples(2.5), values(u"a", {1, 2})});
-  const std::string text =
-      expectHostError("Vexal:host:InvalidLevelCount", [&] { space->createIterations(); });
-  EXPECT_NE(text.find("2.5"), std::string::npos) << text;
+TEST_F(IterationGenerationTest, ACountThatIsNoneReachesTheDesignWhichRefusesIt) {
+  const auto inner = exhaustive({values(u"b", {1, 2}), values(u"c", {1, 2})});
+  for (const double count : {2.5, -5.0, kNaN}) {
+    const auto space = exhaustive({inner, samples(count)});
+    const std::string text =
+        expectHostError("Vexal:host:InvalidLevelCount", [&] { space->createIterations(); });
+    EXPECT_NE(text.find("2 is " + vexal::formatNumber(count)), std::string::npos) << text;
+  }
 }
 
 TEST_F(IterationGenerationTest, ADesignThatTakesAFractionIsFollowedUpToTheUnroundedProduct) {

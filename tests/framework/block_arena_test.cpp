@@ -80,17 +80,32 @@ TEST_F(BlockArenaTest, ABlockThatWasGivenBackServesTheNextOfItsSize) {
 }
 
 TEST_F(BlockArenaTest, AGrowingBlockKeepsWhatIsInIt) {
+  const auto byteAt = [](std::size_t place) { return static_cast<std::byte>(place * 31 % 251); };
   Block block = take(16);
-  std::memset(block.memory, 0, 16);
-  for (std::size_t filled = 16; filled < 6 << 20; filled = block.bytes) {
+  std::size_t filled = 0;
+  while (block.bytes < 6 << 20) {
+    for (; filled < block.bytes; ++filled) block.memory[filled] = byteAt(filled);
     std::size_t bytes = filled * 3 / 2;
     block.memory = static_cast<std::byte*>(arena_.reallocate(block.memory, filled, bytes));
     block.bytes = bytes;
-    std::memset(block.memory + filled, static_cast<int>(filled % 251), bytes - filled);
-    for (std::size_t i = 0; i < 16; ++i) ASSERT_EQ(block.memory[i], std::byte{0});
-    ASSERT_EQ(block.memory[filled], static_cast<std::byte>(filled % 251));
+    for (std::size_t i = 0; i < filled; ++i) ASSERT_EQ(block.memory[i], byteAt(i)) << filled;
   }
   give(block);
+}
+
+TEST_F(BlockArenaTest, ALongBlockMayServeASomewhatSmallerSize) {
+  const Block given = take(100'000);
+  give(given);
+  const std::size_t reserved = arena_.bytesReserved();
+  const Block block = take(90'000);
+  EXPECT_EQ(block.memory, given.memory);
+  EXPECT_EQ(block.bytes, given.bytes);
+  EXPECT_EQ(arena_.bytesReserved(), reserved);
+  give(block);
+  EXPECT_NE(take(50'000).memory, given.memory);
+  const Block large = take(3 << 20);
+  give(large);
+  EXPECT_LT(arena_.bytesReserved(), reserved + large.bytes);
 }
 
 // Chunks are cut from one end of a region, long blocks from the other.

@@ -73,8 +73,7 @@ class Pool {
     Link* next;
   };
   static constexpr std::size_t kFirstChunk = 32 * 1024;
-  /// A little less than eight huge pages, so that the next chunk can begin where they end.
-  static constexpr std::size_t kLargestChunk = 16 * 1024 * 1024 - kFirstChunk;
+  static constexpr std::size_t kLargestChunk = 16 * 1024 * 1024;  ///< whole huge pages
 
   void grow() {
     fresh_ = static_cast<std::byte*>(allocateToFill(nextChunk_));
