@@ -54,7 +54,9 @@ Measurement measureHere(const Row& row, Side side, std::size_t n) {
 Measurement measureInFreshProcess(const Row& row, Side side, std::size_t n) {
   fetchMemory(n);
   const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
-  const std::string command = "'" + program + "' --measure " + std::string(row.name) +
+  // The model asks for huge pages; so does the C library for a floor.
+  const std::string pages = side == Side::kFloor ? "GLIBC_TUNABLES=glibc.malloc.hugetlb=1 " : "";
+  const std::string command = pages + "'" + program + "' --measure " + std::string(row.name) +
                               (side == Side::kFloor ? " --floor" : "") + " --size " +
                               std::to_string(n);
   const std::unique_ptr<std::FILE, Close> pipe(popen(command.c_str(), "r"));

@@ -1,8 +1,12 @@
 import gc
+import signal
 
 import kxsim
 import pytest
 from kxsim import _host
+
+# Where the tests run in the background, interrupts are ignored, by their children too.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 
 @pytest.fixture
