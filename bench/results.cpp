@@ -104,8 +104,8 @@ std::string_view unitOf(Measure measure) {
   return kUnits[static_cast<std::size_t>(measure)];
 }
 
-/// The goal as it is for a machine whose floor is slower than that on which it was set. A floor
-/// that took more than twice as long was disturbed.
+/// The goal as it is for a machine whose floor is slower than that on which it was set: higher by
+/// as much, but no more than twice as high. A faster floor does not lower it.
 Goal scaled(Goal goal, std::optional<double> floor) {
   if (goal.floorWas > 0 && floor > goal.floorWas) {
     const double slower = std::min(*floor / goal.floorWas, 2.0);
