@@ -26,14 +26,20 @@ namespace mf::zero {
 namespace {
 
 constexpr std::size_t kFirstRegion = 4 * kChunkBytes;
-/// A chunk less than eight huge pages: with what the allocator puts before a region, the next one
-/// begins where this one's pages end, and no gap is left between them. Many, since the allocator
-/// writes between regions, and a page that is written to before it is asked for remains a small
-/// one.
+/// Many huge pages, since the allocator may write between two regions, and a page that was written
+/// to before it was asked for remains a small one. A chunk less than eight of them: what it puts
+/// before a region that it cuts from its heap then opens no gap before the next.
 constexpr std::size_t kLargestRegion = 1023 * kChunkBytes;
 constexpr std::size_t kHugePage = 2 * 1024 * 1024;
 /// Left between long blocks where a sanitizer watches over them.
 #if defined(__SANITIZE_ADDRESS__)
+#define MF0_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define MF0_ASAN 1
+#endif
+#endif
+#if defined(MF0_ASAN)
 constexpr std::size_t kGuard = 64;
 #else
 constexpr std::size_t kGuard = 0;
