@@ -36,6 +36,15 @@ class BlockArenaTest : public ::testing::Test {
     return all;
   }
 
+  /// `taken` are addresses and sizes.
+  static void expectApart(const std::map<std::byte*, std::size_t>& taken) {
+    const std::byte* end = nullptr;
+    for (const auto& [memory, size] : taken) {
+      ASSERT_GE(memory, end);
+      end = memory + size;
+    }
+  }
+
   BlockArena arena_;
 };
 
@@ -53,11 +62,7 @@ TEST_F(BlockArenaTest, BlocksAreLargeEnoughHardlyLargerAndApart) {
       bytes += block.bytes;
     }
   }
-  const std::byte* end = nullptr;
-  for (const auto& [memory, size] : taken) {
-    ASSERT_GE(memory, end);
-    end = memory + size;
-  }
+  expectApart(taken);
   EXPECT_GE(arena_.bytesReserved(), bytes);
 }
 
@@ -119,11 +124,7 @@ TEST_F(BlockArenaTest, ChunksAndLongBlocksShareRegions) {
     std::memset(block.memory, 1, block.bytes);
     taken.emplace(block.memory, block.bytes);
   }
-  const std::byte* end = nullptr;
-  for (const auto& [memory, size] : taken) {
-    ASSERT_GE(memory, end);
-    end = memory + size;
-  }
+  expectApart(taken);
 }
 
 }  // namespace
